@@ -1,0 +1,43 @@
+#include "platform/descriptor_posix.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace valku {
+
+namespace {
+
+/// After a failed call: true if it is to be tried again, which may take a wait. An interface can hand us a
+/// pipe that does not block; then the wait is ours.
+bool mayTryAgain(int descriptor, short event) {
+    if (errno == EINTR) return true;
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
+    pollfd waiting{descriptor, event, 0};
+    return poll(&waiting, 1, -1) >= 0 || errno == EINTR;
+}
+
+}  // namespace
+
+std::size_t readDescriptor(int descriptor, char* to, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(descriptor, to, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (!mayTryAgain(descriptor, POLLIN)) return 0;
+    }
+}
+
+bool writeDescriptor(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(descriptor, text.data(), text.size());
+        if (count >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(count));
+        } else if (!mayTryAgain(descriptor, POLLOUT)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace valku

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "platform/line_reader.h"
+
+// Reading and writing on file descriptors, for the bodies of this folder only.
+
+namespace valku {
+
+/// Waits for bytes, whether the descriptor blocks or not. Their number, 0 at the end or after a failure.
+std::size_t readDescriptor(int descriptor, char* to, std::size_t size);
+
+/// Writes everything, whether the descriptor blocks or not. False after a failure.
+bool writeDescriptor(int descriptor, std::string_view text);
+
+class DescriptorSource final : public ByteSource {
+  public:
+    explicit DescriptorSource(int number = -1) : descriptor(number) {}
+    std::size_t read(char* to, std::size_t size) override { return readDescriptor(descriptor, to, size); }
+
+    int descriptor;
+};
+
+}  // namespace valku

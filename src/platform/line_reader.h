@@ -1,0 +1,50 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+namespace valku {
+
+/// Where a LineReader takes its bytes from.
+class ByteSource {
+  public:
+    virtual ~ByteSource() = default;
+
+    /// Waits until there are bytes and puts 1 to `size` of them at `to`. Returns their number; 0 at the end
+    /// of the input and after a failure.
+    virtual std::size_t read(char* to, std::size_t size) = 0;
+};
+
+/// Takes lines and words from one stream of bytes, waiting for them as long as it takes. Lines may have any
+/// length; apart from the text being built a fixed block is all the memory it needs. For one thread at a
+/// time.
+class LineReader {
+  public:
+    /// `bytes` must outlive the reader.
+    explicit LineReader(ByteSource& bytes) : source(bytes) {}
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    /// Puts the text up to the next line feed into `line`, without the line feed; a carriage return before it
+    /// is left in. Text behind the last line feed is a line too. False, with an empty `line`, when the input
+    /// has ended.
+    bool readLine(std::string& line);
+
+    /// Passes over white space and puts the word behind it into `word`. What follows the word, its line feed
+    /// too, is left for the next read. False, with an empty `word`, when the input has ended.
+    bool readWord(std::string& word);
+
+  private:
+    bool refill();
+
+    static constexpr std::size_t blockSize = 8192;
+
+    ByteSource& source;
+    std::array<char, blockSize> block;
+    std::size_t position = 0;
+    std::size_t end = 0;
+    bool ended = false;
+};
+
+}  // namespace valku

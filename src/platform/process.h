@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace valku {
+
+/// Flushes the standard streams and ends the process at once, with `code`. Destructors of static objects do
+/// not run: other threads may be at work on those objects until the very end.
+[[noreturn]] void exitProcess(int code);
+
+std::int64_t currentProcessId();
+
+/// A path by which this program can be started again from any working directory. `argv0` is the first word of
+/// the command line, the answer where the system cannot tell.
+std::string ownProgramPath(const std::string& argv0);
+
+/// A child process whose standard input and output are pipes to this process. One thread may read, another
+/// write, and any thread may end the child meanwhile; starting and destroying is for one thread alone.
+class ChildProcess {
+  public:
+    ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Ends a child that is still there the rough way and closes the pipes.
+    ~ChildProcess();
+
+    /// Starts `programPath` with `arguments`. No shell is involved: a path or an argument with blanks arrives
+    /// as it is. The child's standard error goes the way of its standard output. The child lives outside this
+    /// process's console, so an interrupt typed there does not reach it. May be called once. False if the
+    /// child could not be started.
+    bool start(const std::string& programPath, const std::vector<std::string>& arguments);
+
+    /// Waits for the next line of the child's output and gives it without its line feed. False when the child
+    /// has closed its output, as it does by ending.
+    bool readLine(std::string& line);
+
+    /// Sends the whole text, waiting while the pipe is full. False if the child no longer reads.
+    bool write(std::string_view text);
+
+    /// The child sees the end of its input.
+    void closeInput();
+
+    /// Ends the child the rough way. Does nothing if it has ended by itself.
+    void terminate();
+
+    bool hasEnded();
+
+    /// Waits for the child's end. Returns its exit code; 128 plus the signal's number if a signal ended it;
+    /// -1 if there was no child.
+    int wait();
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl;
+};
+
+}  // namespace valku

@@ -1,0 +1,117 @@
+#include <signal.h>
+#include <sys/ipc.h>
+#include <sys/shm.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <limits>
+#include <utility>
+
+#include "platform/shared_memory.h"
+
+namespace valku {
+
+namespace {
+
+constexpr int onlyThisUser = 0600;
+
+/// After a failed call on a segment: true if the segment is no longer there.
+bool wasRemoved() {
+    return errno == EIDRM || errno == EINVAL;
+}
+
+bool isProcessGone(pid_t process) {
+    return kill(process, 0) != 0 && errno == ESRCH;
+}
+
+/// Removes a segment that nobody uses any more: attached nowhere and its creator dead. That the creator is
+/// dead matters, since a new segment is attached nowhere until its creator has come from making it to
+/// attaching it. True if the segment is gone, through us or through somebody else.
+bool removeIfStale(int segment) {
+    shmid_ds state{};
+    if (shmctl(segment, IPC_STAT, &state) != 0) return wasRemoved();
+    const bool ours = state.shm_perm.uid == geteuid() && (state.shm_perm.mode & 0777) == onlyThisUser;
+    // A creator in another container has no number here, and nothing can be said about its life.
+    const bool creatorKnown = state.shm_cpid > 0;
+    if (!ours || state.shm_nattch != 0 || !creatorKnown || !isProcessGone(state.shm_cpid)) return false;
+    return shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
+}
+
+}  // namespace
+
+SharedMemory::SharedMemory(SharedMemory&& other) noexcept {
+    *this = std::move(other);
+}
+
+SharedMemory& SharedMemory::operator=(SharedMemory&& other) noexcept {
+    std::swap(start, other.start);
+    std::swap(length, other.length);
+    std::swap(segment, other.segment);
+    std::swap(creator, other.creator);
+    return *this;
+}
+
+SharedMemory::~SharedMemory() {
+    close();
+}
+
+SharedMemoryResult SharedMemory::attach(int newSegment) {
+    void* address = shmat(newSegment, nullptr, 0);
+    if (address == reinterpret_cast<void*>(-1)) {
+        return wasRemoved() ? SharedMemoryResult::missing : SharedMemoryResult::notMapped;
+    }
+    shmid_ds state{};
+    if (shmctl(newSegment, IPC_STAT, &state) != 0) {
+        shmdt(address);
+        return SharedMemoryResult::notMapped;
+    }
+    start = address;
+    length = state.shm_segsz;
+    segment = newSegment;
+    return SharedMemoryResult::done;
+}
+
+SharedMemoryResult SharedMemory::create(int id, std::uint64_t size) {
+    close();
+    if (id == IPC_PRIVATE || size == 0 || size > std::numeric_limits<std::size_t>::max()) {
+        return SharedMemoryResult::refused;
+    }
+    for (;;) {
+        const int made = shmget(id, static_cast<std::size_t>(size), IPC_CREAT | IPC_EXCL | onlyThisUser);
+        if (made >= 0) {
+            const SharedMemoryResult result = attach(made);
+            creator = result == SharedMemoryResult::done;
+            if (!creator) shmctl(made, IPC_RMID, nullptr);
+            return result;
+        }
+        if (errno != EEXIST) return SharedMemoryResult::refused;
+        // Whoever holds the id may let go of it between two calls; then the next turn finds it free.
+        const int existing = shmget(id, 0, 0);
+        if (existing >= 0 ? !removeIfStale(existing) : errno != ENOENT) return SharedMemoryResult::taken;
+    }
+}
+
+SharedMemoryResult SharedMemory::open(int id) {
+    close();
+    if (id == IPC_PRIVATE) return SharedMemoryResult::missing;
+    const int existing = shmget(id, 0, onlyThisUser);
+    if (existing < 0) return errno == ENOENT ? SharedMemoryResult::missing : SharedMemoryResult::refused;
+    if (removeIfStale(existing)) return SharedMemoryResult::missing;
+    return attach(existing);
+}
+
+bool SharedMemory::close() {
+    if (start == nullptr) return true;
+    // The mark must stand before we detach: from then on the last one to detach takes the segment with it.
+    const bool unnamed = !creator || shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
+    const bool detached = shmdt(start) == 0;
+    // The last user of a dead creator's segment has nobody behind it who would clear it away.
+    if (!creator) removeIfStale(segment);
+    start = nullptr;
+    length = 0;
+    segment = -1;
+    creator = false;
+    return unnamed && detached;
+}
+
+}  // namespace valku

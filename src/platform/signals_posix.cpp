@@ -1,0 +1,90 @@
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "platform/process.h"
+#include "platform/signals.h"
+#include "platform/thread.h"
+
+namespace valku {
+
+namespace {
+
+struct SignalNumber {
+    int system;
+    ConsoleSignal console;
+};
+
+constexpr std::array<SignalNumber, 4> signalNumbers{{
+    {SIGINT, consoleInterrupt},
+    {SIGQUIT, consoleBreak},
+    {SIGHUP, consoleClosed},
+    {SIGTERM, consoleShutdown},
+}};
+
+ConsoleSignal consoleNumber(int system) {
+    for (const SignalNumber& number : signalNumbers) {
+        if (number.system == system) return number.console;
+    }
+    return consoleShutdown;
+}
+
+/// Takes the signals out of `set` one at a time. They are blocked in every thread and arrive nowhere else, so
+/// the handler runs as ordinary code and may lock and write.
+class SignalThread final : public Thread {
+  public:
+    void run() override {
+        for (;;) {
+            int system = 0;
+            if (sigwait(&set, &system) != 0) continue;
+            const ConsoleSignal number = consoleNumber(system);
+            handler(number);
+            if (number != consoleBreak) endAsBy(system);
+        }
+    }
+
+    sigset_t set{};
+    void (*handler)(int) = nullptr;
+
+  private:
+    [[noreturn]] static void endAsBy(int system) {
+        struct sigaction action {};
+        action.sa_handler = SIG_DFL;
+        sigaction(system, &action, nullptr);
+        sigset_t one;
+        sigemptyset(&one);
+        sigaddset(&one, system);
+        pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
+        raise(system);
+        // Only the first process of a container gets here: the system spares it the default end.
+        exitProcess(128 + system);
+    }
+};
+
+bool isIgnored(int system) {
+    struct sigaction current {};
+    return sigaction(system, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+void installConsoleSignalHandler(void (*handler)(int consoleSignal)) {
+    static SignalThread thread;
+    thread.handler = handler;
+    sigemptyset(&thread.set);
+    for (const SignalNumber& number : signalNumbers) {
+        if (!isIgnored(number.system)) sigaddset(&thread.set, number.system);
+    }
+    pthread_sigmask(SIG_BLOCK, &thread.set, nullptr);
+    thread.start();
+}
+
+void ignoreBrokenPipes() {
+    struct sigaction action {};
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+}  // namespace valku

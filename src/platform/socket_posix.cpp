@@ -1,0 +1,185 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <limits>
+#include <utility>
+
+#include "platform/clock.h"
+#include "platform/signals.h"
+#include "platform/socket.h"
+
+namespace valku {
+
+namespace {
+
+int errorOf(int result) {
+    return result == 0 ? 0 : errno;
+}
+
+sockaddr_in addressOf(in_addr_t host, std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = host;
+    address.sin_port = htons(port);
+    return address;
+}
+
+int setOption(int handle, int level, int option) {
+    const int on = 1;
+    return errorOf(setsockopt(handle, level, option, &on, sizeof on));
+}
+
+/// Waits until `event` happens on the descriptor. A wait of 0 ms has no end.
+int waitForEvent(int handle, short event, std::uint32_t timeoutMilliseconds) {
+    const double end = steadySeconds() + timeoutMilliseconds / 1000.0;
+    for (;;) {
+        int rest = -1;
+        if (timeoutMilliseconds != 0) {
+            const double left = (end - steadySeconds()) * 1000.0;
+            if (left <= 0) return ETIMEDOUT;
+            rest = left < std::numeric_limits<int>::max() ? static_cast<int>(left) + 1
+                                                          : std::numeric_limits<int>::max();
+        }
+        pollfd waiting{handle, event, 0};
+        const int count = poll(&waiting, 1, rest);
+        if (count > 0) return 0;
+        if (count < 0 && errno != EINTR) return errno;
+    }
+}
+
+}  // namespace
+
+int startSockets() {
+    ignoreBrokenPipes();
+    return 0;
+}
+
+std::string resolveHost(const std::string& host) {
+    addrinfo wanted{};
+    wanted.ai_family = AF_INET;
+    wanted.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(host.c_str(), nullptr, &wanted, &found) != 0) return {};
+    std::array<char, INET_ADDRSTRLEN> text{};
+    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
+    const bool written = inet_ntop(AF_INET, &address->sin_addr, text.data(), text.size()) != nullptr;
+    freeaddrinfo(found);
+    return written ? text.data() : std::string();
+}
+
+Socket::Socket(Socket&& other) noexcept {
+    *this = std::move(other);
+}
+
+Socket& Socket::operator=(Socket&& other) noexcept {
+    std::swap(handle, other.handle);
+    std::swap(connected, other.connected);
+    return *this;
+}
+
+Socket::~Socket() {
+    close();
+}
+
+int Socket::create() {
+    close();
+    handle = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    return handle >= 0 ? 0 : errno;
+}
+
+int Socket::setReuseAddress() {
+    return setOption(handle, SOL_SOCKET, SO_REUSEADDR);
+}
+
+int Socket::setNoDelay() {
+    return setOption(handle, IPPROTO_TCP, TCP_NODELAY);
+}
+
+int Socket::bind(std::uint16_t port) {
+    const sockaddr_in address = addressOf(htonl(INADDR_ANY), port);
+    return errorOf(::bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+}
+
+int Socket::listen(int backlog) {
+    return errorOf(::listen(handle, backlog));
+}
+
+int Socket::accept(Socket& connection) {
+    for (;;) {
+        const int caller = ::accept4(handle, nullptr, nullptr, SOCK_CLOEXEC);
+        if (caller >= 0) {
+            connection.close();
+            connection.handle = caller;
+            connection.connected = true;
+            return 0;
+        }
+        // A caller that hung up before we got to it is no fault of the listener.
+        if (errno != EINTR && errno != ECONNABORTED) return errno;
+    }
+}
+
+int Socket::connect(const std::string& address, std::uint16_t port, std::uint32_t timeoutMilliseconds) {
+    in_addr host{};
+    if (inet_pton(AF_INET, address.c_str(), &host) != 1) return EINVAL;
+    const sockaddr_in peer = addressOf(host.s_addr, port);
+
+    // An interrupted blocking connect goes on behind our back, so the wait is made apart from the call.
+    const int flags = fcntl(handle, F_GETFL);
+    if (flags < 0 || fcntl(handle, F_SETFL, flags | O_NONBLOCK) != 0) return errno;
+    int error = errorOf(::connect(handle, reinterpret_cast<const sockaddr*>(&peer), sizeof peer));
+    if (error == EINPROGRESS || error == EINTR) {
+        error = waitForEvent(handle, POLLOUT, timeoutMilliseconds);
+        socklen_t size = sizeof error;
+        if (error == 0 && getsockopt(handle, SOL_SOCKET, SO_ERROR, &error, &size) != 0) error = errno;
+    }
+    if (error == 0 && fcntl(handle, F_SETFL, flags) != 0) error = errno;
+    connected = error == 0;
+    return error;
+}
+
+int Socket::send(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::send(handle, text.data(), text.size(), MSG_NOSIGNAL);
+        if (count >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+std::ptrdiff_t Socket::receive(char* to, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::recv(handle, to, size, 0);
+        if (count >= 0) return count;
+        if (errno != EINTR) return -errno;
+    }
+}
+
+void Socket::shutDown() {
+    ::shutdown(handle, SHUT_RDWR);
+}
+
+void Socket::close() {
+    if (handle >= 0) ::close(handle);
+    handle = -1;
+    connected = false;
+}
+
+std::uint16_t Socket::localPort() const {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    if (getsockname(handle, reinterpret_cast<sockaddr*>(&address), &size) != 0) return 0;
+    return ntohs(address.sin_port);
+}
+
+}  // namespace valku

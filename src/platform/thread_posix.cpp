@@ -1,0 +1,44 @@
+#include <pthread.h>
+
+#include <cstdio>
+
+#include "platform/process.h"
+#include "platform/thread.h"
+
+namespace valku {
+
+namespace {
+
+// A split copies whole positions into the frames of the thread that searches on. Systems whose own default is
+// a few hundred kilobytes exist, so the size is always asked for.
+constexpr std::size_t stackSize = 8 * 1024 * 1024;
+constexpr std::size_t leastStackSize = 1024 * 1024;
+
+void* threadEntry(void* thread) {
+    static_cast<Thread*>(thread)->run();
+    return nullptr;
+}
+
+bool startDetached(Thread* thread, std::size_t stack) {
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return false;
+    pthread_t handle;
+    const bool started = pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0 &&
+                         pthread_attr_setstacksize(&attributes, stack) == 0 &&
+                         pthread_create(&handle, &attributes, threadEntry, thread) == 0;
+    pthread_attr_destroy(&attributes);
+    return started;
+}
+
+}  // namespace
+
+Thread::~Thread() = default;
+
+void Thread::start() {
+    // Where address space is limited, less than we like may still be had.
+    if (startDetached(this, stackSize) || startDetached(this, leastStackSize)) return;
+    std::fputs("valku: the system gives no further thread\n", stderr);
+    exitProcess(1);
+}
+
+}  // namespace valku
