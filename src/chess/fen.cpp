@@ -1,0 +1,319 @@
+#include "chess/fen.h"
+
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <vector>
+
+#include "chess/attacks.h"
+#include "chess/side.h"
+
+namespace valku {
+
+bool chess960 = false;
+bool arenaCastlingNotation = false;
+bool shredderFen = false;
+
+const char* const startPositionFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
+namespace {
+
+struct PieceLetter {
+    char letter;
+    u8 code;
+};
+
+constexpr std::array<PieceLetter, 12> pieceLetters{{
+    {'P', WhitePawn},
+    {'N', WhiteKnight},
+    {'B', WhiteBishop},
+    {'R', WhiteRook},
+    {'Q', WhiteQueen},
+    {'K', WhiteKing},
+    {'p', BlackPawn},
+    {'n', BlackKnight},
+    {'b', BlackBishop},
+    {'r', BlackRook},
+    {'q', BlackQueen},
+    {'k', BlackKing},
+}};
+
+u8 codeOfLetter(char letter) {
+    for (const PieceLetter& row : pieceLetters) {
+        if (row.letter == letter) return row.code;
+    }
+    return offBoard;
+}
+
+char letterOfCode(u8 code) {
+    for (const PieceLetter& row : pieceLetters) {
+        if (row.code == code) return row.letter;
+    }
+    return '?';
+}
+
+std::vector<std::string_view> splitFields(std::string_view text) {
+    std::vector<std::string_view> fields;
+    for (std::size_t i = 0; i < text.size();) {
+        if (std::isspace(static_cast<unsigned char>(text[i]))) {
+            ++i;
+            continue;
+        }
+        const std::size_t start = i;
+        while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i]))) ++i;
+        fields.push_back(text.substr(start, i - start));
+    }
+    return fields;
+}
+
+bool readPlacement(Position& p, std::string_view field) {
+    int file = 0;
+    int rank = 7;
+    for (const char c : field) {
+        if (rank == 0 && file > 7) return false;
+        if (c >= '1' && c <= '9') {
+            file += c - '0';
+        } else if (c == '/') {
+            file = 0;
+            if (--rank < 0) return false;
+        } else {
+            const u8 code = codeOfLetter(c);
+            if (code == offBoard || file > 7) return false;
+            if ((code & pawnFlag) && (rank == 0 || rank == 7)) return false;
+            if (!placeMan(p, code, makeSquare(file, rank))) return false;
+            ++file;
+        }
+    }
+    return rank == 0 && file > 7;
+}
+
+// The right for a rook on `square`, if there is such a rook on the king's own home rank.
+template <Color Us>
+void grantRight(Position& p, int square) {
+    using S = Side<Us>;
+    const int king = kingOf<Us>(p);
+    if (S::relativeRank(king) != 0 || p.board[square] != S::rook) return;
+    p.state->castlings[square > king ? S::shortRight : S::longRight] = static_cast<u8>(square);
+}
+
+// The nearest rook of the king's rank in the direction of `step`, or the farthest.
+template <Color Us>
+void grantRightOfRook(Position& p, int step, bool nearest) {
+    using S = Side<Us>;
+    const int king = kingOf<Us>(p);
+    if (S::relativeRank(king) != 0) return;
+    for (int square = king + step; onBoard(square); square += step) {
+        if (p.board[square] != S::rook) continue;
+        grantRight<Us>(p, square);
+        if (nearest) return;
+    }
+}
+
+void readNormalCastlings(Position& p, std::string_view field) {
+    for (const char c : field) {
+        switch (c) {
+            case 'K':
+                grantRight<White>(p, H1);
+                break;
+            case 'Q':
+                grantRight<White>(p, A1);
+                break;
+            case 'k':
+                grantRight<Black>(p, H8);
+                break;
+            case 'q':
+                grantRight<Black>(p, A8);
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+// Rook files as letters; the four usual letters stand for the outermost rooks.
+void readShredderCastlings(Position& p, std::string_view field) {
+    for (const char c : field) {
+        if (c >= 'A' && c <= 'H') {
+            grantRight<White>(p, makeSquare(c - 'A', 0));
+        } else if (c >= 'a' && c <= 'h') {
+            grantRight<Black>(p, makeSquare(c - 'a', 7));
+        } else if (c == 'K' || c == 'Q') {
+            grantRightOfRook<White>(p, c == 'K' ? 1 : -1, false);
+        } else if (c == 'k' || c == 'q') {
+            grantRightOfRook<Black>(p, c == 'k' ? 1 : -1, false);
+        }
+    }
+}
+
+void deriveCastlings(Position& p) {
+    for (const int step : {-1, 1}) {
+        grantRightOfRook<White>(p, step, true);
+        grantRightOfRook<Black>(p, step, true);
+    }
+}
+
+// Kept only where a capture could be carried out: an empty field right behind an enemy pawn.
+template <Color Us>
+bool isEnPassantField(const Position& p, int field) {
+    using S = Side<Us>;
+    return onBoard(field) && S::relativeRank(field) == 5 && p.board[field] == empty &&
+           p.board[field - S::up] == Side<S::Them>::pawn;
+}
+
+void readEnPassantField(Position& p, std::string_view field) {
+    if (field.size() < 2) return;
+    const int file = field[0] - 'a';
+    const int rank = field[1] - '1';
+    if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
+    const int square = makeSquare(file, rank);
+    const bool valid =
+        p.sideToMove == White ? isEnPassantField<White>(p, square) : isEnPassantField<Black>(p, square);
+    if (valid) p.state->epField = static_cast<u8>(square);
+}
+
+u8 readFiftyMoves(std::string_view field) {
+    unsigned count = 0;
+    const auto result = std::from_chars(field.data(), field.data() + field.size(), count);
+    if (result.ec == std::errc::result_out_of_range) return 255;
+    return static_cast<u8>(count < 255 ? count : 255);
+}
+
+bool setUp(Position& p, const std::vector<std::string_view>& fields) {
+    if (fields.size() < 4 || !readPlacement(p, fields[0])) return false;
+    if (p.whiteKing == noSquare || p.blackKing == noSquare) return false;
+    p.sideToMove = fields[1][0] == 'w' ? White : Black;
+    if (!chess960) {
+        readNormalCastlings(p, fields[2]);
+    } else if (shredderFen && !arenaCastlingNotation) {
+        readShredderCastlings(p, fields[2]);
+    } else {
+        deriveCastlings(p);
+    }
+    readEnPassantField(p, fields[3]);
+    if (fields.size() > 4) p.state->fiftyMoves = readFiftyMoves(fields[4]);
+    computeHash(p);
+    computePawnHash(p);
+    computePawnAttacks(p);
+    computeBitboards(p);
+    return !leftKingInCheck(p);
+}
+
+std::string squareName(int square) {
+    return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
+}
+
+std::string castlingField(const Position& p) {
+    struct Right {
+        int index;
+        int normalSquare;
+        char letter;
+    };
+    constexpr Right normalOrder[] = {
+        {whiteShort, H1, 'K'}, {whiteLong, A1, 'Q'}, {blackShort, H8, 'k'}, {blackLong, A8, 'q'}};
+    std::string field;
+    if (chess960) {
+        for (const int right : {whiteLong, whiteShort, blackLong, blackShort}) {
+            const int square = p.state->castlings[right];
+            if (square == noSquare) continue;
+            field += static_cast<char>((right < blackLong ? 'A' : 'a') + fileOf(square));
+        }
+    } else {
+        for (const Right& right : normalOrder) {
+            if (p.state->castlings[right.index] == right.normalSquare) field += right.letter;
+        }
+    }
+    return field.empty() ? "-" : field;
+}
+
+std::string placementField(const Position& p) {
+    std::string field;
+    for (int rank = 7; rank >= 0; --rank) {
+        int gap = 0;
+        for (int file = 0; file < 8; ++file) {
+            const u8 code = p.board[makeSquare(file, rank)];
+            if (code == empty) {
+                ++gap;
+                continue;
+            }
+            if (gap) field += static_cast<char>('0' + gap);
+            gap = 0;
+            field += letterOfCode(code);
+        }
+        if (gap) field += static_cast<char>('0' + gap);
+        if (rank) field += '/';
+    }
+    return field;
+}
+
+}  // namespace
+
+bool readFen(std::string_view text) {
+    const Position saved(gamePosition);
+    clearPosition(gamePosition);
+    if (!setUp(gamePosition, splitFields(text))) {
+        gamePosition = saved;
+        return false;
+    }
+    droppedGameMoves = 0;
+    return true;
+}
+
+std::string writeFen(const Position& p) {
+    const int moves = stackedMoves(p) + (&p == &gamePosition ? droppedGameMoves : 0);
+    const int epField = p.state->epField;
+    return placementField(p) + (p.sideToMove == White ? " w " : " b ") + castlingField(p) + " " +
+           (epField == noEpField ? "-" : squareName(epField)) + " " + std::to_string(p.state->fiftyMoves) +
+           " " + std::to_string(moves / 2 + 1);
+}
+
+std::string writeFen() {
+    return writeFen(gamePosition);
+}
+
+namespace {
+
+int mirrorRight(int square) {
+    return square == noSquare ? noSquare : mirrorRank(square);
+}
+
+u8 otherColor(u8 code) {
+    return static_cast<u8>(code ^ (whiteFlag | blackFlag));
+}
+
+}  // namespace
+
+void mirrorPosition() {
+    const Position source(gamePosition);
+    Position& p = gamePosition;
+    clearPosition(p);
+    // The lists are filled in the order of the other colour's, so that the mirrored game goes the mirrored
+    // way.
+    const auto placeList = [&](const u8* list, u8 code) {
+        for (; *list != noSquare; ++list) placeMan(p, code, mirrorRank(*list));
+    };
+    placeList(source.blackPawns, WhitePawn);
+    placeList(source.blackKnights, WhiteKnight);
+    placeList(source.blackBishops, WhiteBishop);
+    placeList(source.blackRooks, WhiteRook);
+    placeList(source.blackQueens, WhiteQueen);
+    placeList(source.whitePawns, BlackPawn);
+    placeList(source.whiteKnights, BlackKnight);
+    placeList(source.whiteBishops, BlackBishop);
+    placeList(source.whiteRooks, BlackRook);
+    placeList(source.whiteQueens, BlackQueen);
+    placeMan(p, otherColor(BlackKing), mirrorRank(source.blackKing));
+    placeMan(p, otherColor(WhiteKing), mirrorRank(source.whiteKing));
+    p.sideToMove = source.sideToMove ^ 1;
+    const StateRecord& old = *source.state;
+    p.state->epField = static_cast<u8>(old.epField == noEpField ? noEpField : mirrorRank(old.epField));
+    p.state->fiftyMoves = old.fiftyMoves;
+    for (int right = 0; right < 4; ++right)
+        p.state->castlings[right] = static_cast<u8>(mirrorRight(old.castlings[right ^ 2]));
+    computeHash(p);
+    computePawnHash(p);
+    computePawnAttacks(p);
+    computeBitboards(p);
+    droppedGameMoves = 0;
+}
+
+}  // namespace valku

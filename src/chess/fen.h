@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "chess/position.h"
+
+namespace valku {
+
+// How castling is read and written; set by the protocols, never during a search.
+extern bool chess960;               // Chess960 castling text and rights
+extern bool arenaCastlingNotation;  // castling moves are written O-O, and a FEN's castling field is not read
+extern bool shredderFen;            // the protocol in use gives Chess960 castling rights as rook files
+
+// Sets gamePosition. False, with the old position kept, if the text is no position: bad placement, not
+// exactly one king a side, more men than the lists hold, or the side not to move in check.
+bool readFen(std::string_view text);
+
+// The FEN of gamePosition; the move number counts the moves made since the position was set up.
+std::string writeFen();
+std::string writeFen(const Position& position);
+
+// gamePosition with colours and ranks exchanged.
+void mirrorPosition();
+
+extern const char* const startPositionFen;
+
+}  // namespace valku

@@ -1,0 +1,188 @@
+#include "chess/move_text.h"
+
+#include "chess/attacks.h"
+#include "chess/fen.h"
+#include "chess/move_generation.h"
+#include "chess/side.h"
+
+namespace valku {
+
+namespace {
+
+void appendSquare(std::string& text, int square) {
+    text += static_cast<char>('a' + fileOf(square));
+    text += static_cast<char>('1' + rankOf(square));
+}
+
+char promotionLetter(u8 promotion) {
+    switch (promotion) {
+        case WhiteKnight:
+        case BlackKnight:
+            return 'N';
+        case WhiteRook:
+        case BlackRook:
+            return 'R';
+        case WhiteBishop:
+        case BlackBishop:
+            return 'B';
+        case WhiteQueen:
+        case BlackQueen:
+            return 'Q';
+        default:
+            return 0;
+    }
+}
+
+const char* castlingText(u32 castling) {
+    return castling == shortCastling ? "O-O" : "O-O-O";
+}
+
+std::string coordinates(Move move) {
+    std::string text;
+    appendSquare(text, moveFrom(move));
+    appendSquare(text, moveTo(move));
+    return text;
+}
+
+u8 promotionOf(char letter, Color us) {
+    switch (letter) {
+        case 'n':
+            return us == White ? WhiteKnight : BlackKnight;
+        case 'b':
+            return us == White ? WhiteBishop : BlackBishop;
+        case 'r':
+            return us == White ? WhiteRook : BlackRook;
+        default:
+            return 0;
+    }
+}
+
+struct SquarePair {
+    int from;
+    int to;
+    u32 castling;
+};
+
+template <Color Us>
+SquarePair castlingOf(const Position& p, u32 castling) {
+    return {kingOf<Us>(p), Side<Us>::square(castling == shortCastling ? G1 : C1), castling};
+}
+
+template <Color Us>
+bool isNormalCastling(const Position& p, int from, int to) {
+    using S = Side<Us>;
+    return from == S::square(E1) && kingOf<Us>(p) == from && (to == S::square(G1) || to == S::square(C1));
+}
+
+// The rook moves over the king: the rook's own square as origin, a square of its rank behind the king as
+// destination.
+template <Color Us>
+u32 rookJumpsKing(const Position& p, int from, int to) {
+    using S = Side<Us>;
+    const int king = kingOf<Us>(p);
+    if (S::relativeRank(to) != 0) return noCastling;
+    if (from == p.state->castlings[S::longRight] && to > king) return longCastling;
+    if (from == p.state->castlings[S::shortRight] && to < king) return shortCastling;
+    return noCastling;
+}
+
+template <Color Us>
+u32 kingMovesTwoFiles(const Position& p, int from, int to) {
+    if (from != kingOf<Us>(p)) return noCastling;
+    const int files = fileOf(to) - fileOf(from);
+    if (files <= -2) return longCastling;
+    return files >= 2 ? shortCastling : noCastling;
+}
+
+template <Color Us>
+u32 kingTakesRook(const Position& p, int from, int to) {
+    using S = Side<Us>;
+    if (from != kingOf<Us>(p)) return noCastling;
+    if (to == p.state->castlings[S::shortRight]) return shortCastling;
+    return to == p.state->castlings[S::longRight] ? longCastling : noCastling;
+}
+
+SquarePair resolveChess960(const Position& p, int from, int to) {
+    if (const u32 castling = rookJumpsKing<White>(p, from, to)) return castlingOf<White>(p, castling);
+    if (const u32 castling = rookJumpsKing<Black>(p, from, to)) return castlingOf<Black>(p, castling);
+    if (const u32 castling = kingMovesTwoFiles<White>(p, from, to)) return castlingOf<White>(p, castling);
+    if (const u32 castling = kingMovesTwoFiles<Black>(p, from, to)) return castlingOf<Black>(p, castling);
+    if (const u32 castling = kingTakesRook<White>(p, from, to)) return castlingOf<White>(p, castling);
+    if (const u32 castling = kingTakesRook<Black>(p, from, to)) return castlingOf<Black>(p, castling);
+    return {from, to, noCastling};
+}
+
+SquarePair resolveNormal(const Position& p, int from, int to) {
+    const bool castles = isNormalCastling<White>(p, from, to) || isNormalCastling<Black>(p, from, to);
+    return {from, to, castles ? (fileOf(to) == 6 ? shortCastling : longCastling) : noCastling};
+}
+
+bool namesSquare(char file, char rank) {
+    return file >= 'a' && file <= 'h' && rank >= '1' && rank <= '8';
+}
+
+}  // namespace
+
+std::string moveToText(Move move) {
+    const u32 castling = moveCastling(move);
+    if (castling && chess960) return castlingText(castling);
+    std::string text = coordinates(move);
+    if (const char letter = promotionLetter(movePromotion(move))) text += letter;
+    return text;
+}
+
+std::string moveToUciText(Move move, const StateRecord& before) {
+    const u32 castling = moveCastling(move);
+    if (castling && arenaCastlingNotation) return castlingText(castling);
+    if (castling && chess960) {
+        const bool white = rankOf(moveTo(move)) == 0;
+        const int shortRight = white ? whiteShort : blackShort;
+        const int longRight = white ? whiteLong : blackLong;
+        std::string text;
+        appendSquare(text, moveFrom(move));
+        appendSquare(text, before.castlings[castling == shortCastling ? shortRight : longRight]);
+        return text;
+    }
+    std::string text = coordinates(move);
+    if (const char letter = promotionLetter(movePromotion(move)))
+        text += static_cast<char>(letter - 'A' + 'a');
+    return text;
+}
+
+Move textToMove(int from, int to, u32 castling, const Position& position) {
+    MoveList list;
+    generateAllMoves(position, list);
+    for (i32 i = 0; i < list.count; ++i) {
+        const Move move = list.moves[i];
+        const u8 promotion = movePromotion(move);
+        if (moveFrom(move) == from && moveTo(move) == to && moveCastling(move) == castling &&
+            (promotion == 0 || promotion == WhiteQueen || promotion == BlackQueen)) {
+            return move;
+        }
+    }
+    return nullMove;
+}
+
+Move uciTextToMove(std::string_view text, const Position& position) {
+    const Color us = position.sideToMove == White ? White : Black;
+    SquarePair squares{};
+    char letter = 0;
+    if (text == "O-O" || text == "O-O-O") {
+        const u32 castling = text == "O-O" ? shortCastling : longCastling;
+        squares = us == White ? castlingOf<White>(position, castling) : castlingOf<Black>(position, castling);
+    } else {
+        if (text.size() < 4 || !namesSquare(text[0], text[1]) || !namesSquare(text[2], text[3]))
+            return nullMove;
+        const int from = makeSquare(text[0] - 'a', text[1] - '1');
+        const int to = makeSquare(text[2] - 'a', text[3] - '1');
+        squares = chess960 ? resolveChess960(position, from, to) : resolveNormal(position, from, to);
+        if (text.size() == 5) letter = text[4];
+    }
+    Move move = textToMove(squares.from, squares.to, squares.castling, position);
+    if (move == nullMove || !isLegal(position, move)) return nullMove;
+    const u8 promotion = promotionOf(letter, us);
+    if (promotion && movePromotion(move)) move = (move & ~(Move{0xFF} << 16)) | Move{promotion} << 16;
+    return move;
+}
+
+}  // namespace valku
