@@ -1,0 +1,45 @@
+#include "eval/pawn_table.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace valku {
+
+namespace {
+
+// The last resort when there is no memory for two entries.
+PawnEntry smallestTable;
+
+// What calloc gave, before it was aligned.
+void* tableMemory = nullptr;
+
+}  // namespace
+
+PawnEntry* pawnTable = nullptr;
+u64 nPawnTables = 524288;
+
+void createPawnTable() {
+    std::free(tableMemory);
+    tableMemory = nullptr;
+    // Large zeroed blocks come fresh from the system, so that a table costs nothing until it is written to.
+    // calloc does not know the alignment of an entry: one entry more leaves room to align by hand.
+    for (; nPawnTables > 1; nPawnTables /= 2) {
+        tableMemory = std::calloc(nPawnTables + 1, sizeof(PawnEntry));
+        if (tableMemory == nullptr) continue;
+        std::size_t space = (nPawnTables + 1) * sizeof(PawnEntry);
+        void* aligned = tableMemory;
+        pawnTable = static_cast<PawnEntry*>(
+            std::align(alignof(PawnEntry), nPawnTables * sizeof(PawnEntry), aligned, space));
+        return;
+    }
+    nPawnTables = 1;
+    pawnTable = &smallestTable;
+    clearPawnTable();
+}
+
+void clearPawnTable() {
+    std::memset(static_cast<void*>(pawnTable), 0, nPawnTables * sizeof(PawnEntry));
+}
+
+}  // namespace valku
