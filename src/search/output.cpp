@@ -1,0 +1,7 @@
+#include "search/output.h"
+
+namespace valku {
+
+TextSink* textSink = nullptr;
+
+}  // namespace valku

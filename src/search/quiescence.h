@@ -1,0 +1,18 @@
+#pragma once
+
+#include "search/search_types.h"
+
+// Nodes below the horizon of the main search: captures and queen promotions only. A side in check may stand
+// pat; mate, stalemate and draws by rule are not seen. Fail-soft scores from the side to move's view, or
+// stopValue after a stop.
+
+namespace valku {
+
+// Zero window (beta - 1, beta): captures that survive an exchange test.
+i32 quiesceZws(int ply, i32 beta);
+
+// Open window: all captures above the delta bound, and the hash move. `qDepth` starts at 0 and falls by 1 a
+// ply.
+i32 quiescePv(int ply, i32 alpha, i32 beta, int qDepth);
+
+}  // namespace valku

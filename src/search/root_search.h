@@ -1,0 +1,31 @@
+#pragma once
+
+#include "chess/types.h"
+
+// One iteration over the root moves of gamePosition, and what a job does at its two ends.
+
+namespace valku {
+
+// Both sides' mobility sums into frame 1, crosswise as the node at ply 1 takes them over, and mobilityBalance
+// from them. On searchPosition.
+void computeRootMobility();
+
+// The start of every job: root mobility, and no killers from the root move before.
+void clearSearchTables();
+
+// Generates the root moves of gamePosition into rootMoves and forgets what an earlier search knew of its own.
+void prepareRootSearch();
+
+extern MoveList rootMoves;  // scores[i]: the last open-window value of move i, -mateScore for an illegal one
+
+// Nodes spent on a root move in open-window searches of this search cycle.
+u64 rootNodesOf(Move move);
+
+// The best move at the end of an iteration steers the order of the next ones.
+void rememberBestMove(i32 depth, Move move);
+
+// An iteration of `depth` plies. Returns the final alpha, or stopValue after a stop; the best line is
+// reported on the way. A fail high widens beta by aspirationWindow, then by twice and four times as much.
+i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth);
+
+}  // namespace valku

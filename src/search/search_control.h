@@ -1,0 +1,44 @@
+#pragma once
+
+#include "chess/types.h"
+
+// Starting and ending search cycles from the thread that reads the commands. A wake-up is never lost: whoever
+// waits for an end has said so before the end can come.
+
+namespace valku {
+
+// Starts a search cycle. The thinking thread must be idle; what the search reads must be set. Clears old
+// stops.
+void requestSearch();
+
+// Stops the search where it stands and waits until its output is finished.
+void haltSearch();
+
+// Waits until the search is deep enough, then ends it with its normal output.
+void moveNow();
+
+// Ends a ponder search without output, waits for the idle state and takes the expected move back.
+void stopPondering();
+
+// Ends whatever runs without output and waits for the idle state. (UCI searches answer all the same.)
+void stopThinking();
+
+// Ends whatever runs, with its answer, and waits for the idle state.
+void finishThinking();
+
+// False while a search is at work. A cycle that has given its answer already is waited for.
+bool isSettled();
+
+// At the end of the input: a search that has a limit is waited for, any other is ended with its answer.
+void finishAtEndOfInput();
+
+// Ends a running search so that its tables can be given back; waits for at most two seconds. Any thread.
+void endSearchForShutDown();
+
+// The thinking thread's side: the output of a search is complete.
+void acknowledgeSearchEnd();
+
+// What has to happen to the shown game when a ponder search is taken back; set by the front-end.
+extern void (*ponderingTakenBack)();
+
+}  // namespace valku

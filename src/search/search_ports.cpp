@@ -1,0 +1,7 @@
+#include "search/search_ports.h"
+
+namespace valku {
+
+SearchPorts searchPorts{};
+
+}  // namespace valku

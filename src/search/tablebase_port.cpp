@@ -1,0 +1,22 @@
+#include "search/tablebase_port.h"
+
+namespace valku {
+
+namespace {
+
+int probeNothing(int, i32*, const Position&) {
+    return 0;
+}
+void doNothing() {}
+
+}  // namespace
+
+TablebaseProbe probeTablebases = probeNothing;
+void (*registerTablebases)() = doNothing;
+void (*rebuildTbCache)() = doNothing;
+std::string TBPath = "<empty>";
+i32 TBCacheSize = 33554432;
+i32 largestTbMen = 0;
+i32 TBdistance = 8;
+
+}  // namespace valku

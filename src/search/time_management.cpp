@@ -1,0 +1,73 @@
+#include "search/time_management.h"
+
+#include <algorithm>
+
+#include "chess/position.h"
+#include "search/process_state.h"
+#include "search/search_ports.h"
+#include "search/thinking_state.h"
+
+namespace valku {
+
+ClockValues clockValues;
+SharedFlag firstSearchOfGame{true};
+i32 factorForAnotherIteration = 150;
+
+namespace {
+
+// The mover's clock as scheduleTime has read it, for the hard limit of the same search.
+i32 ownClockMs = 0;
+i32 ownIncrementMs = 0;
+
+double scheduleUciTime() {
+    const ClockValues& clock = clockValues;
+    if (clock.infiniteSearch) return unlimitedSeconds;
+    const i32 moves = clock.movestogo == 0 ? 25 : (4 * std::clamp(clock.movestogo, 1, 25) + 25) / 5;
+    const bool white = gamePosition.sideToMove == White;
+    ownClockMs = white ? clock.wtime : clock.btime;
+    ownIncrementMs = white ? clock.winc : clock.binc;
+    const double remaining = ownClockMs / 1000.0;
+    const double increment = ownIncrementMs / 1000.0;
+    double target = remaining / moves + increment;
+    if (increment <= 0.01 && remaining <= 5.0) target *= 0.5;
+    searchPorts.observer->clockRead(moves, remaining, increment);
+    return minimum(target, remaining / 6.0);
+}
+
+double scheduleLevelTime() {
+    const ClockValues& clock = clockValues;
+    const i32 moves = clock.levelMoves <= 0 || clock.levelMoves > 70 ? 70 : clock.levelMoves;
+    const i32 played = (stackedMoves(gamePosition) + droppedGameMoves) / 2;
+    const double baseSeconds = clock.levelMinutes * 60.0 + clock.levelSeconds;
+    // Without a base time there is no share of it: the cap decides alone.
+    const double share =
+        baseSeconds > 0 ? clock.levelIncrement * 20.0 / baseSeconds + 0.25 + played / 100.0 : 1.0;
+    const double perMove = clock.remainingCentiseconds / (moves * 14.0 / 70.0 * 100.0) + clock.levelIncrement;
+    double target = minimum(clock.remainingCentiseconds / 600.0, share * perMove);
+    if (clock.levelIncrement <= 0 && target <= 5.0) target *= 0.5;
+    return target;
+}
+
+}  // namespace
+
+double minimum(double a, double b) {
+    return a < b ? a : b;
+}
+
+double scheduleTime() {
+    return protocolMode == protocolUci ? scheduleUciTime() : scheduleLevelTime();
+}
+
+double hardLimit(double scheduled) {
+    if (scheduled == unlimitedSeconds) return 2 * scheduled;
+    if (protocolMode == protocolUci) {
+        const bool shortOfTime = ownClockMs <= 6000 || (ownIncrementMs == 0 && ownClockMs <= 30000);
+        return shortOfTime ? 2 * scheduled : ownClockMs / 2500.0;
+    }
+    const ClockValues& clock = clockValues;
+    const bool shortOfTime = clock.remainingCentiseconds <= 600 ||
+                             (clock.levelIncrement == 0 && clock.remainingCentiseconds <= 3000);
+    return shortOfTime ? 2 * scheduled : clock.remainingCentiseconds / 150.0;
+}
+
+}  // namespace valku
