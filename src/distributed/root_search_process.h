@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+#include "distributed/search_job.h"
+#include "distributed/search_process.h"
+
+namespace valku {
+
+// The process that searches root moves in this engine, and the owner of its tables.
+class RootSearchProcess final : public AbstractSearchProcess {
+  public:
+    // Creates the hash table, or opens the one that the command line has named (`shareHash`), and allocates
+    // the pawn table. Failures are thrown as std::string.
+    explicit RootSearchProcess(bool shareHash);
+
+    void run() override;
+    void startSearch(const Position& position, i32 ncount, i32 alpha, i32 beta, i32 distance, bool zws,
+                     Event* anyFinished) override;
+    void requestStop() override;
+    SearchResult* getResult(SearchResult* destination) override;
+    i32 getAlpha() const override { return job.alpha; }
+    i32 getBeta() const override { return job.beta; }
+    bool isIdle() const override { return idle; }
+    void prepareSearch() override;
+    void quit() override { requestStop(); }
+
+    // Runs a job on the caller's thread. With `reportRecovery` it only notes that a late job has ended.
+    void runRootSearch(bool reportRecovery);
+
+    // Takes over a job without waking the thread.
+    void setJob(const Position& position, const SearchJob& newJob, Event* anyFinished);
+
+  private:
+    void noteRecovery();
+
+    Event* anyFinishedEvent = nullptr;
+    Event jobEvent;
+    SearchJob job;
+    SearchResult result;
+    bool threadStarted = false;
+    SharedFlag idle{true};
+    const bool shareHashFlag;
+};
+
+extern std::unique_ptr<RootSearchProcess> rootSearchProcess;
+
+}  // namespace valku
