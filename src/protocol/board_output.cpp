@@ -1,0 +1,13 @@
+#include "protocol/board_output.h"
+
+#include "chess/board_text.h"
+#include "search/output.h"
+#include "search/process_state.h"
+
+namespace valku {
+
+void printBoard() {
+    if (protocolMode == protocolConsole) sendText(boardText(gamePosition));
+}
+
+}  // namespace valku

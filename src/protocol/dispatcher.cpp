@@ -1,0 +1,182 @@
+#include "protocol/dispatcher.h"
+
+#include <string_view>
+
+#include "chess/fen.h"
+#include "chess/number_text.h"
+#include "protocol/engine_services.h"
+#include "protocol/game_commands.h"
+#include "protocol/parameters.h"
+#include "protocol/search_output.h"
+#include "protocol/uci.h"
+#include "search/process_state.h"
+#include "search/search_control.h"
+#include "search/thinking_state.h"
+#include "search/time_management.h"
+
+namespace valku {
+
+namespace {
+
+enum class Match { whole, prefix };
+
+struct Command {
+    std::string_view word;
+    Match match;
+    // `rest` is what follows the word; for a whole match nothing. Null: known, and passed over.
+    void (*handle)(std::string_view rest);
+};
+
+// The text from one character behind the word on, where the arguments begin.
+std::string_view argumentsOf(std::string_view rest) {
+    return rest.substr(rest.empty() ? 0 : 1);
+}
+
+// The number at the start of `text`, which is then moved on behind the next blank.
+i32 takeNumber(std::string_view& text) {
+    const i32 number = readNumber(text);
+    const std::size_t blank = text.find(' ');
+    text.remove_prefix(blank == std::string_view::npos ? text.size() : blank + 1);
+    return number;
+}
+
+void setClock(std::string_view rest) {
+    clockValues.remainingCentiseconds = readNumber(argumentsOf(rest));
+    timeControlled = true;
+}
+
+void setDepth(std::string_view rest) {
+    maxDepth = readNumber(argumentsOf(rest));
+    timeControlled = false;
+}
+
+void setLevel(std::string_view rest) {
+    std::string_view numbers = argumentsOf(rest);
+    clockValues.levelMoves = takeNumber(numbers);
+    clockValues.levelMinutes = takeNumber(numbers);
+    clockValues.levelIncrement = takeNumber(numbers);
+    constexpr i32 mostMinutes = 100000;
+    const i32 minutes = clockValues.levelMinutes < mostMinutes ? clockValues.levelMinutes : mostMinutes;
+    clockValues.remainingCentiseconds = minutes * 6000;
+    timeControlled = true;
+}
+
+void hard(std::string_view) {
+    if (!fritzMode) easyMode = false;
+}
+
+void stop(std::string_view) {
+    pondering = false;
+    moveNow();
+}
+
+void setOptionCommand(std::string_view rest) {
+    const std::string_view text = argumentsOf(rest);
+    const std::size_t at = text.find("value");
+    finishThinking();
+    if (at == std::string_view::npos) {
+        setOption(text, {});
+    } else {
+        const std::size_t behind = at + 6;
+        setOption(text.substr(0, at > 0 ? at - 1 : 0),
+                  behind < text.size() ? text.substr(behind) : std::string_view{});
+    }
+}
+
+void setPositionCommand(std::string_view rest) {
+    const std::string_view text = argumentsOf(rest);
+    const std::size_t at = text.find("moves");
+    finishThinking();
+    if (at == std::string_view::npos) {
+        setPosition(text, {});
+        return;
+    }
+    std::string_view moves = text.substr(at + 5);
+    if (!moves.empty()) moves.remove_prefix(1);
+    setPosition(text.substr(0, at > 0 ? at - 1 : 0), moves);
+}
+
+// clang-format off
+constexpr Command commands[] = {
+    {"force", Match::whole, [](std::string_view) { force(); }},
+    {"undo", Match::whole, [](std::string_view) { undo(); }},
+    {"remove", Match::whole, [](std::string_view) { undoTwice(); }},
+    {"edit", Match::whole, nullptr},
+    {"fen", Match::prefix, [](std::string_view rest) { setFen(argumentsOf(rest)); }},
+    {"importbook", Match::prefix, nullptr},
+    {"pgn2book", Match::prefix, nullptr},
+    {"writebook", Match::prefix, nullptr},
+    {"showbook", Match::whole, nullptr},
+    {"bookstats", Match::whole, nullptr},
+    {"addmove", Match::prefix, nullptr},
+    {"rmmove", Match::prefix, nullptr},
+    {"server_createlocalclient", Match::prefix, nullptr},
+    {"server_createremoteclient", Match::prefix, nullptr},
+    {"client_alphabeta", Match::prefix, nullptr},
+    {"client_preparesearch", Match::prefix, nullptr},
+    {"client_pos", Match::prefix, nullptr},
+    {"client_castlings", Match::prefix, nullptr},
+    {"client_epfield", Match::prefix, nullptr},
+    {"client_50moves", Match::prefix, nullptr},
+    {"client_hash", Match::prefix, nullptr},
+    {"client_history", Match::prefix, nullptr},
+    {"client_stop", Match::prefix, nullptr},
+    {"time", Match::prefix, setClock},
+    {"sd", Match::prefix, setDepth},
+    {"level", Match::prefix, setLevel},
+    {"fritz", Match::whole, [](std::string_view) { fritzMode = !fritzMode; }},
+    {"easy", Match::whole, [](std::string_view) { easyMode = true; }},
+    {"hard", Match::whole, hard},
+    {"quit", Match::whole, [](std::string_view) { engineServices->quit(); }},
+    {"new", Match::whole, [](std::string_view) { newGame(); }},
+    {"go", Match::prefix, [](std::string_view rest) { goCommand(argumentsOf(rest)); }},
+    {"computer", Match::whole, [](std::string_view) { computerOpponent = !computerOpponent; }},
+    {"ponder ", Match::prefix, nullptr},
+    {"analyze", Match::whole, [](std::string_view) { analyze(); }},
+    {"exit", Match::whole, [](std::string_view) { exitAnalysis(); }},
+    {"?", Match::whole, [](std::string_view) { moveNow(); }},
+    {"eval", Match::whole, [](std::string_view) { showEvaluation(); }},
+    {"mirror", Match::whole, [](std::string_view) { mirror(); }},
+    {"variant fischerandom", Match::whole, [](std::string_view) { chess960 = !chess960; }},
+    {"testeval", Match::prefix, nullptr},
+    {"benchmark", Match::prefix, nullptr},
+    {"benchfromfile", Match::prefix, nullptr},
+    {"checkMissEvals", Match::prefix, nullptr},
+    {"gameStats", Match::prefix, nullptr},
+    {"generateTestposEval", Match::prefix, nullptr},
+    {"callengine", Match::prefix, nullptr},
+    {"learnfile2matrix", Match::prefix, nullptr},
+};
+
+// Behind the moves of an XBoard interface, so that no word can be taken for one.
+constexpr Command uciCommands[] = {
+    {"isready", Match::whole, [](std::string_view) { isReady(); }},
+    {"setoption name", Match::prefix, setOptionCommand},
+    {"position", Match::prefix, setPositionCommand},
+    {"ponderhit", Match::whole, [](std::string_view) { ponderHit(); }},
+    {"stop", Match::whole, stop},
+    {"ucinewgame", Match::whole, [](std::string_view) { firstSearchOfGame = true; }},
+};
+// clang-format on
+
+bool fits(const Command& command, std::string_view line) {
+    return command.match == Match::whole ? line == command.word : line.starts_with(command.word);
+}
+
+template <std::size_t count>
+bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
+    for (const Command& command : chain) {
+        if (!fits(command, line)) continue;
+        if (command.handle) command.handle(line.substr(command.word.size()));
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+void dispatch(const std::string& line) {
+    if (!dispatchAmong(commands, line)) dispatchAmong(uciCommands, line);
+}
+
+}  // namespace valku

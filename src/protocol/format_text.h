@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace valku {
+
+// printf into a string.
+[[gnu::format(printf, 1, 2)]] std::string formatText(const char* format, ...);
+
+}  // namespace valku

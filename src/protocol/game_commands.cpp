@@ -1,0 +1,110 @@
+#include "protocol/game_commands.h"
+
+#include "chess/fen.h"
+#include "chess/game.h"
+#include "eval/evaluate.h"
+#include "protocol/board_output.h"
+#include "protocol/format_text.h"
+#include "protocol/game_snapshot.h"
+#include "protocol/search_output.h"
+#include "protocol/uci.h"
+#include "search/output.h"
+#include "search/process_state.h"
+#include "search/root_search.h"
+#include "search/search_control.h"
+#include "search/thinking_state.h"
+
+namespace valku {
+
+namespace {
+
+constexpr i32 newGameDepth = 10;
+constexpr i32 analysisDepth = 100;
+
+void takeBack(int moves) {
+    stopThinking();
+    while (moves-- > 0) takeBackGameMove();
+    snapshotKings();
+    printBoard();
+}
+
+}  // namespace
+
+void resetGame() {
+    chess960 = false;
+    readFen(startPositionFen);
+    snapshotKings();
+    computerOpponent = false;
+    timeControlled = false;
+    timeUsedUp = false;
+    pondering = false;
+    maxDepth = newGameDepth;
+    engineSide = engineBlack;
+}
+
+void newGame() {
+    stopThinking();
+    resetGame();
+    printBoard();
+}
+
+void force() {
+    stopThinking();
+    engineSide = engineNone;
+    analyzing = false;
+    pondering = false;
+}
+
+void undo() {
+    takeBack(1);
+}
+void undoTwice() {
+    takeBack(2);
+}
+
+void setFen(std::string_view fen) {
+    if (!isSettled() || !readFen(fen)) return;
+    snapshotKings();
+    printBoard();
+}
+
+void mirror() {
+    if (!isSettled()) return;
+    mirrorPosition();
+    snapshotKings();
+    printBoard();
+}
+
+void showEvaluation() {
+    if (!isSettled()) return;
+    searchPosition = gamePosition;
+    computeRootMobility();
+    sendText(formatText("info string eval is: %i\n", evaluate()));
+}
+
+void analyze() {
+    stopThinking();
+    timeControlled = false;
+    maxDepth = analysisDepth;
+    analyzing = true;
+    goCommand("");
+}
+
+void exitAnalysis() {
+    stopThinking();
+    analyzing = false;
+}
+
+void goCommand(std::string_view arguments) {
+    if (protocolMode == protocolUci) {
+        finishThinking();
+        goUci(arguments);
+        return;
+    }
+    if (pondering) stopPondering();
+    finishThinking();
+    engineSide = gamePosition.sideToMove == White ? engineWhite : engineBlack;
+    requestSearch();
+}
+
+}  // namespace valku

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string_view>
+
+// The commands that change or show the game.
+
+namespace valku {
+
+// The state of a new game. The engine must be idle.
+void resetGame();
+
+void newGame();
+void force();
+void undo();
+void undoTwice();
+void setFen(std::string_view fen);
+void mirror();
+void showEvaluation();
+void analyze();
+void exitAnalysis();
+
+// The `go` of every mode.
+void goCommand(std::string_view arguments);
+
+}  // namespace valku

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "chess/types.h"
+
+namespace valku {
+
+// Tells the interface if the game is over, claiming draws with `claim`. 0 draw, 1 white has won, 2 black has
+// won, 3 the game goes on.
+int checkGameEnd(bool claim);
+
+// Resigns, in the words of the protocol, at or below -resignValue. True if so.
+bool checkResign(i32 score);
+
+}  // namespace valku

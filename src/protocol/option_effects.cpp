@@ -1,0 +1,209 @@
+#include "protocol/option_effects.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <string>
+
+#include "book/book_settings.h"
+#include "chess/fen.h"
+#include "chess/number_text.h"
+#include "chess/piece_values.h"
+#include "distributed/process_lists.h"
+#include "eval/eval_tables.h"
+#include "eval/pawn_table.h"
+#include "eval/weights.h"
+#include "protocol/engine_services.h"
+#include "protocol/format_text.h"
+#include "protocol/hash_report.h"
+#include "protocol/parameters.h"
+#include "search/hash_table.h"
+#include "search/history.h"
+#include "search/output.h"
+#include "search/process_state.h"
+#include "search/tablebase_port.h"
+#include "search/time_management.h"
+
+namespace valku {
+
+namespace {
+
+bool isTrue(std::string_view value) {
+    return value == "true";
+}
+
+i32 truncateToInt(double value) {
+    constexpr double least = std::numeric_limits<i32>::min();
+    constexpr double most = std::numeric_limits<i32>::max();
+    return static_cast<i32>(std::clamp(value, least, most));
+}
+
+void reportSettings() {
+    if (processRole != roleRoot) return;
+    sendText(formatText(
+        "info string pawn = %i ; knight = %i; bishop = %i; rook = %i; queen = %i; e1 = %i; e2 = %i; "
+        "bish = %i; 2knights = %i; tbd = %i; fai = %i; cpus = %i; phash = %i; log = %i\n"
+        "ksft = %i;\n",
+        pawnValue, knightValue, bishopValue, rookValue, queenValue, minorValue, drawishMaterial,
+        pairOfBishops, twoKnightsMalus, TBdistance, factorForAnotherIteration,
+        static_cast<int>(localClients.size()) + 1, PreserveHash ? 1 : 0, engineServices->isLogging() ? 1 : 0,
+        kingSafety));
+}
+
+i32 percentOfStandard(const Parameter& parameter, std::string_view value) {
+    constexpr i32 mostPercent = 100000;
+    const i32 percent = std::clamp(readNumber(value), -mostPercent, mostPercent);
+    return truncateToInt(percent / 100.0 * parameter.standard);
+}
+
+// Positions whose value the user has fixed, by their FEN.
+std::map<std::string, i32, std::less<>> positionValues;
+
+// Runs an action on the position of a FEN, with gamePosition restored afterwards.
+template <class Action>
+void withPosition(std::string_view fen, Action action) {
+    const Position saved(gamePosition);
+    const int savedDropped = droppedGameMoves;
+    if (readFen(fen)) action(gamePosition);
+    gamePosition = saved;
+    droppedGameMoves = savedDropped;
+}
+
+void clearPositionValue(std::string_view fen) {
+    const auto entry = positionValues.find(fen);
+    if (entry == positionValues.end()) return;
+    withPosition(fen, [](const Position& position) { unpinPosition(position); });
+    positionValues.erase(entry);
+}
+
+std::string cacheSizeLine(const char* start) {
+    return formatText("%s%i MB\n", start, TBCacheSize >> 20);
+}
+
+}  // namespace
+
+void applyHash(Parameter&, std::string_view value) {
+    if (processRole == roleLocalClient || processRole == roleRemoteClient) return;
+    const u64 buckets = bucketsForMegabytes(readNumber(value));
+    if (buckets == nHashTables) return;
+    const u64 before = nHashTables;
+    try {
+        releaseHashTable();
+        setHashBuckets(static_cast<i64>(buckets));
+        createHashTable();
+    } catch (const std::string& text) {
+        sendText(text + "\n");
+        sharedTableId = -1;
+        setHashBuckets(static_cast<i64>(before));
+        createHashTable();
+    }
+    reportHashTable();
+}
+
+void applyWeight(Parameter& parameter, std::string_view value) {
+    *parameter.target = percentOfStandard(parameter, value);
+    reportSettings();
+}
+
+void applyPieceValue(Parameter& parameter, std::string_view value) {
+    *parameter.target = percentOfStandard(parameter, value);
+    updateDerivedMaterial();
+    computeMaterial(gamePosition);
+    reportSettings();
+}
+
+void applyKingSafety(Parameter&, std::string_view value) {
+    kingSafety = readNumber(value);
+    updateKingAttackTable();
+    reportSettings();
+}
+
+void applyTimeUsage(Parameter& parameter, std::string_view value) {
+    factorForAnotherIteration = truncateToInt(100.0 / readNumber(value) * parameter.standard);
+    reportSettings();
+}
+
+void applyNumber(Parameter& parameter, std::string_view value) {
+    *parameter.target = readNumber(value);
+}
+
+void applyTBDistance(Parameter&, std::string_view value) {
+    if (largestTbMen != 0) return;
+    TBdistance = std::clamp(readNumber(value), 0, 1000);
+    reportSettings();
+}
+
+void applyNalimovPath(Parameter&, std::string_view value) {
+    if (largestTbMen != 0) return;
+    TBPath = value.substr(0, longestPath);
+    const std::string text = formatText("NalimovPath received: %s\nnew NalimovPath = %s\n",
+                                        std::string(value).c_str(), TBPath.c_str()) +
+                             cacheSizeLine("TB-cache = ");
+    registerTablebases();
+    sendText(text);
+}
+
+void applyNalimovCache(Parameter&, std::string_view value) {
+    if (largestTbMen != 0) return;
+    const i32 megabytes = std::min(readNumber(value), 2047);
+    if (megabytes > 0) {
+        TBCacheSize = megabytes << 20;
+        rebuildTbCache();
+    }
+    sendText(formatText("NalimovCache received: %s\n", std::string(value).c_str()) +
+             cacheSizeLine("new TB-cache = "));
+}
+
+// The number of processes is a matter of the clients; without them there is one.
+void applyCpus(Parameter&, std::string_view) {}
+
+void applyWriteLog(Parameter&, std::string_view value) {
+    engineServices->setLogging(isTrue(value));
+    reportSettings();
+}
+
+void applyPositionValue(Parameter&, std::string_view value) {
+    if (value == "clearall") {
+        while (!positionValues.empty()) clearPositionValue(std::string(positionValues.begin()->first));
+        return;
+    }
+    if (value.find("clear") != std::string_view::npos) {
+        if (value.size() > 6) clearPositionValue(value.substr(6));
+        return;
+    }
+    const std::size_t blank = value.find(' ');
+    if (blank == std::string_view::npos) return;
+    const i32 number = readNumber(value);
+    const std::string_view fen = value.substr(blank + 1);
+    withPosition(fen, [&](const Position& position) {
+        positionValues[std::string(fen)] = number;
+        pinPosition(position, number);
+    });
+}
+
+void applyChess960(Parameter&, std::string_view value) {
+    chess960 = isTrue(value);
+}
+
+void applyArenaChess960(Parameter&, std::string_view value) {
+    arenaCastlingNotation = isTrue(value);
+    sendText(arenaCastlingNotation ? "info string Switched Arena Chess 960 mode on!\n"
+                                   : "info string Switched Arena Chess 960 mode off!\n");
+}
+
+void applyBestBookMovesOnly(Parameter&, std::string_view value) {
+    BestBookMovesOnly = isTrue(value);
+}
+
+void applyPreserveHash(Parameter&, std::string_view value) {
+    PreserveHash = isTrue(value);
+    reportSettings();
+}
+
+void applyClearHash(Parameter&, std::string_view) {
+    clearHashTable();
+    clearPawnTable();
+    clearHistory();
+}
+
+}  // namespace valku

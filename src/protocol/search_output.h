@@ -1,0 +1,68 @@
+#pragma once
+
+#include <string>
+
+#include "search/search_ports.h"
+
+namespace valku {
+
+// What all protocols share in telling a search: the board on the game's progress, the end of the game,
+// resignation.
+class SearchOutput : public SearchObserver {
+  public:
+    void clockRead(i32, double, double) override {}
+    void timeScheduled(double, double) override {}
+    void rootMoveBegun(i32, Move, i32, const StateRecord&) override {}
+    void failedHigh(i32, i32) override {}
+    void failedLow(i32, i32, const Line&) override {}
+    void timeRanOut() override {}
+    void moveMade() override;
+
+  protected:
+    // The answer itself; the move has been made on gamePosition.
+    virtual void announceMove() = 0;
+};
+
+class UciOutput final : public SearchOutput {
+  public:
+    void clockRead(i32 moves, double remaining, double increment) override;
+    void timeScheduled(double scheduledSeconds, double maxSeconds) override;
+    void rootMoveBegun(i32 depth, Move move, i32 number, const StateRecord& before) override;
+    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
+    void failedLow(i32 depth, i32 score, const Line& line) override;
+    void timeRanOut() override;
+    void moveChosen(Move move) override;
+
+  private:
+    void announceMove() override;
+    std::string chosenMove;
+};
+
+class XboardOutput final : public SearchOutput {
+  public:
+    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
+    void moveChosen(Move move) override;
+
+  private:
+    void announceMove() override;
+    Move chosenMove = 0;
+};
+
+class ConsoleOutput final : public SearchOutput {
+  public:
+    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
+    void failedHigh(i32 depth, i32 score) override;
+    void failedLow(i32 depth, i32 score, const Line& line) override;
+    void moveChosen(Move move) override;
+
+  private:
+    void announceMove() override;
+    Move chosenMove = 0;
+};
+
+// The one that speaks the protocol of this process.
+SearchObserver* searchOutput();
+
+extern bool computerOpponent;  // XBoard: kibitz instead of whisper
+
+}  // namespace valku

@@ -1,0 +1,104 @@
+#include "protocol/uci.h"
+
+#include <algorithm>
+#include <string>
+
+#include "chess/fen.h"
+#include "chess/game.h"
+#include "chess/move_text.h"
+#include "chess/number_text.h"
+#include "platform/clock.h"
+#include "protocol/format_text.h"
+#include "protocol/game_snapshot.h"
+#include "protocol/parameters.h"
+#include "search/output.h"
+#include "search/process_state.h"
+#include "search/search_control.h"
+#include "search/thinking_state.h"
+#include "search/time_management.h"
+
+namespace valku {
+
+namespace {
+
+constexpr double version = 4.00;
+constexpr i32 leastUciDepth = 5;
+
+bool holds(std::string_view text, std::string_view word) {
+    return text.find(word) != std::string_view::npos;
+}
+
+// The number behind a word and one blank; 0 if the word does not stand in the text.
+i32 numberBehind(std::string_view text, std::string_view word) {
+    const std::size_t at = text.find(word);
+    if (at == std::string_view::npos || at + word.size() + 1 > text.size()) return 0;
+    return readNumber(text.substr(at + word.size() + 1));
+}
+
+}  // namespace
+
+void sendUciIdentification() {
+    protocolMode = protocolUci;
+    easyMode = true;
+    sendText(formatText("id name Valku %.2f\nid author Ferrin\n", version) + optionDeclarations() +
+             "uciok\n");
+}
+
+void isReady() {
+    if (processRole == roleRoot) {
+        while (!searchRunning && !readyForGo) sleepMilliseconds(1);
+    }
+    sendText("readyok\n");
+}
+
+void ponderHit() {
+    pondering = false;
+    if (timeUsedUp) moveNow();
+}
+
+void setPosition(std::string_view positionPart, std::string_view movePart) {
+    positionPart = positionPart.substr(0, positionPart.find_last_not_of(' ') + 1);
+    const bool start = positionPart == "startpos";
+    if (!start && positionPart.size() < 4) return;
+    if (!readFen(start ? std::string_view(startPositionFen) : positionPart.substr(4))) return;
+    while (!movePart.empty()) {
+        const std::size_t blank = std::min(movePart.find(' '), movePart.size());
+        const std::string_view token = movePart.substr(0, blank);
+        movePart.remove_prefix(std::min(blank + 1, movePart.size()));
+        if (token.empty()) continue;
+        const Move move = uciTextToMove(token, gamePosition);
+        if (move == nullMove) break;
+        playGameMove(move);
+    }
+    snapshotKings();
+}
+
+void goUci(std::string_view arguments) {
+    engineSide = gamePosition.sideToMove == White ? engineWhite : engineBlack;
+    clockValues.wtime = clockValues.btime = clockValues.winc = clockValues.binc = clockValues.movestogo = 0;
+    clockValues.infiniteSearch = false;
+    if (holds(arguments, "showeval")) {
+        timeControlled = false;
+        maxDepth = 1;
+        requestSearch();
+        return;
+    }
+    clockValues.wtime = numberBehind(arguments, "wtime");
+    clockValues.btime = numberBehind(arguments, "btime");
+    clockValues.winc = numberBehind(arguments, "winc");
+    clockValues.binc = numberBehind(arguments, "binc");
+    clockValues.movestogo = numberBehind(arguments, "movestogo");
+    timeControlled = true;
+    if (holds(arguments, "depth")) {
+        maxDepth = std::max(numberBehind(arguments, "depth"), leastUciDepth);
+        timeControlled = false;
+    }
+    if (holds(arguments, "infinite")) {
+        clockValues.infiniteSearch = true;
+        timeControlled = true;
+    }
+    pondering = holds(arguments, "ponder");
+    requestSearch();
+}
+
+}  // namespace valku

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "platform/mutex.h"
+#include "platform/thread.h"
+#include "search/output.h"
+
+namespace valku {
+
+enum class TextDirection { sent, received, internal };
+
+// The single door to the outside: reads lines and hands each to the dispatcher, and serialises everything
+// that goes out, to standard output and to the log. Texts of different threads interleave only whole.
+class ConsoleCommunicator final : public Thread, public TextSink {
+  public:
+    // Reads and dispatches until the input ends, then sees the running search off and ends the process.
+    void run() override;
+
+    void send(std::string_view text) override { send(text, TextDirection::sent, true); }
+
+    // `writeOut` false: the text goes to the log only. One system write, under the output mutex.
+    void send(std::string_view text, TextDirection direction, bool writeOut);
+
+    // A warning: to the log, and to standard output.
+    void sendWarning(std::string_view text);
+
+    // The file is opened by the first text that is logged after switching on; each time a new one.
+    void setLogging(bool on);
+    bool isLogging() const { return logEnabled; }
+
+    // The next word of the protocol detection; empty at the end of input.
+    std::string readWord();
+
+  private:
+    void log(std::string_view text, TextDirection direction);
+
+    std::atomic<bool> logEnabled{false};
+    Mutex outputMutex;
+    std::ofstream logStream;
+};
+
+extern ConsoleCommunicator communicator;
+
+}  // namespace valku

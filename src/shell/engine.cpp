@@ -1,0 +1,169 @@
+#include "shell/engine.h"
+
+#include <cstdio>
+#include <string>
+
+#include "book/book_settings.h"
+#include "chess/fen.h"
+#include "chess/tables.h"
+#include "distributed/process_lists.h"
+#include "distributed/root_search_process.h"
+#include "distributed/split_root_search.h"
+#include "eval/eval_tables.h"
+#include "platform/clock.h"
+#include "platform/process.h"
+#include "platform/raw_io.h"
+#include "platform/signals.h"
+#include "protocol/board_output.h"
+#include "protocol/engine_services.h"
+#include "protocol/game_commands.h"
+#include "protocol/game_snapshot.h"
+#include "protocol/hash_report.h"
+#include "protocol/parameters.h"
+#include "protocol/search_output.h"
+#include "protocol/uci.h"
+#include "protocol/xboard.h"
+#include "search/hash_table.h"
+#include "search/history.h"
+#include "search/process_state.h"
+#include "search/search_control.h"
+#include "search/tablebase_port.h"
+#include "search/thinking.h"
+#include "search/thinking_state.h"
+#include "shell/console_communicator.h"
+#include "shell/settings_file.h"
+
+namespace valku {
+
+namespace {
+
+constexpr const char* banner = "Valku 4.00, a chess engine. Type go to let it move, quit to leave.\n";
+
+void shutDownProcess() {
+    endSearchForShutDown();
+    try {
+        if (!searchRunning) releaseHashTable();
+    } catch (const std::string& text) {
+        sendText(text + "\n");
+    }
+    communicator.setLogging(false);
+}
+
+class Shell final : public EngineServices {
+  public:
+    void setLogging(bool on) override { communicator.setLogging(on); }
+    bool isLogging() const override { return communicator.isLogging(); }
+    [[noreturn]] void quit() override {
+        shutDownProcess();
+        exitProcess(0);
+    }
+};
+
+Shell shell;
+
+// The break key leaves the engine running; after any other signal the system ends the process.
+void consoleControlHandler(int consoleSignal) {
+    if (consoleSignal == consoleBreak) return;
+    writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
+    writeStandardOutput("board: " + writeFen() + "\n");
+    shutDownProcess();
+}
+
+void initTables() {
+    initChessTables();
+    initEvalTables();
+    linkHistoryTables();
+    initBookWeights();
+    initParameters();
+}
+
+// Tries each word of the input until one names a protocol. Whatever follows that word on its line is the
+// first command.
+void detectProtocol() {
+    while (protocolMode == protocolUndecided) {
+        const std::string word = communicator.readWord();
+        if (word.empty()) exitProcess(0);
+        if (word == "uci_log" || word == "console_log") communicator.setLogging(true);
+        if (word == "uci" || word == "uci_log") {
+            sendUciIdentification();
+        } else if (word == "xboard") {
+            sendXboardFeatures();
+        } else if (word == "console" || word == "console_log") {
+            protocolMode = protocolConsole;
+        } else {
+            sleepMilliseconds(1);
+        }
+    }
+}
+
+void connectPorts() {
+    shredderFen = protocolMode == protocolUci;
+    ponderingTakenBack = [] {
+        snapshotKings();
+        printBoard();
+    };
+    searchPorts = {
+        .observer = searchOutput(),
+        .prepareSearches = prepareSearches,
+        .splitRootSearch = splitRootSearch,
+        .tryBookMove = [] { return false; },
+    };
+}
+
+void createRootProcess(bool shareHash) {
+    try {
+        rootSearchProcess = std::make_unique<RootSearchProcess>(shareHash);
+    } catch (const std::string& text) {
+        sendText(text + "\n");
+        exitProcess(1);
+    }
+    allProcesses.push_back(rootSearchProcess.get());
+    reportHashTable(shareHash);
+}
+
+void reportTablebases() {
+    if (processRole != roleRoot) return;
+    sendText(std::string(protocolMode == protocolUci ? "info string " : "") + "TBPath is " + TBPath +
+             ", including " + std::to_string(largestTbMen) + "-men TBs.\n");
+}
+
+void greet() {
+    if (protocolMode != protocolConsole) return;
+    sendText(banner);
+    printBoard();
+    std::string text = "The following search processes will be used:\n";
+    for (const AbstractSearchProcess* process : allProcesses) {
+        text += process->kind == ProcessKind::root ? "rootSearchProcess\n" : "localClient\n";
+    }
+    sendText(text);
+}
+
+[[noreturn]] void mainLoop() {
+    greet();
+    if (processRole == roleRoot) {
+        communicator.start();
+        runThinkingCycle();
+    }
+    communicator.run();
+    exitProcess(0);
+}
+
+}  // namespace
+
+void engineMain(const CommandLine& commandLine) {
+    textSink = &communicator;
+    engineServices = &shell;
+    installConsoleSignalHandler(consoleControlHandler);
+    applyCommandLine(commandLine);
+    initTables();
+    detectProtocol();
+    loadSettings();
+    connectPorts();
+    createRootProcess(commandLine.shareHash);
+    resetGame();
+    registerTablebases();
+    reportTablebases();
+    mainLoop();
+}
+
+}  // namespace valku
