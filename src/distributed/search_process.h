@@ -6,7 +6,7 @@
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "search/search_types.h"
-#include "search/shared_flag.h"
+#include "search/shared_value.h"
 
 namespace valku {
 

@@ -1,5 +1,6 @@
 #include "protocol/dispatcher.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "chess/fen.h"
@@ -7,6 +8,7 @@
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/parameters.h"
+#include "protocol/received_moves.h"
 #include "protocol/search_output.h"
 #include "protocol/uci.h"
 #include "search/process_state.h"
@@ -52,17 +54,23 @@ void setDepth(std::string_view rest) {
 
 void setLevel(std::string_view rest) {
     std::string_view numbers = argumentsOf(rest);
-    clockValues.levelMoves = takeNumber(numbers);
-    clockValues.levelMinutes = takeNumber(numbers);
-    clockValues.levelIncrement = takeNumber(numbers);
     constexpr i32 mostMinutes = 100000;
-    const i32 minutes = clockValues.levelMinutes < mostMinutes ? clockValues.levelMinutes : mostMinutes;
-    clockValues.remainingCentiseconds = minutes * 6000;
+    clockValues.levelMoves = takeNumber(numbers);
+    clockValues.levelMinutes = std::min(takeNumber(numbers), mostMinutes);
+    clockValues.levelIncrement = takeNumber(numbers);
+    clockValues.remainingCentiseconds = clockValues.levelMinutes * 6000;
     timeControlled = true;
 }
 
 void hard(std::string_view) {
     if (!fritzMode) easyMode = false;
+}
+
+void ponderMove(std::string_view move) {
+    stopThinking();
+    engineSide = gamePosition.sideToMove == White ? engineBlack : engineWhite;
+    analyzing = false;
+    if (isMoveText(move)) receiveMove(move, true);
 }
 
 void stop(std::string_view) {
@@ -131,7 +139,7 @@ constexpr Command commands[] = {
     {"new", Match::whole, [](std::string_view) { newGame(); }},
     {"go", Match::prefix, [](std::string_view rest) { goCommand(argumentsOf(rest)); }},
     {"computer", Match::whole, [](std::string_view) { computerOpponent = !computerOpponent; }},
-    {"ponder ", Match::prefix, nullptr},
+    {"ponder ", Match::prefix, ponderMove},
     {"analyze", Match::whole, [](std::string_view) { analyze(); }},
     {"exit", Match::whole, [](std::string_view) { exitAnalysis(); }},
     {"?", Match::whole, [](std::string_view) { moveNow(); }},
@@ -176,7 +184,12 @@ bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
 }  // namespace
 
 void dispatch(const std::string& line) {
-    if (!dispatchAmong(commands, line)) dispatchAmong(uciCommands, line);
+    if (dispatchAmong(commands, line)) return;
+    if (isMoveText(line)) {
+        receiveMove(line, false);
+    } else {
+        dispatchAmong(uciCommands, line);
+    }
 }
 
 }  // namespace valku

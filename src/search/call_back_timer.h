@@ -3,7 +3,7 @@
 #include "chess/types.h"
 #include "platform/event.h"
 #include "platform/thread.h"
-#include "search/shared_flag.h"
+#include "search/shared_value.h"
 
 namespace valku {
 

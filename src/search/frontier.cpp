@@ -77,6 +77,8 @@ i32 frontierZws(int ply, i32 beta) {
     setUpFrame(ply);
     if (isDrawnByRule()) return drawScore;
 
+    prefetchNullMove();
+
     // Step 2. The table. Depths count only as zero or not.
     SearchFrame& frame = searchFrames[ply];
     MoveList& list = frame.list;
@@ -138,6 +140,7 @@ i32 frontierZws(int ply, i32 beta) {
         tagQuietMoves(list, node.table);
         sortByTag(list);
         for (i32 i = 0; i < list.count; ++i) {
+            if (i + 1 < list.count) prefetchChild(list.moves[i + 1]);
             node.tryOne(list.moves[i], score, cut);
             if (cut) return score;
         }

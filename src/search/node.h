@@ -3,6 +3,7 @@
 #include "chess/attacks.h"
 #include "chess/make_move.h"
 #include "chess/position.h"
+#include "chess/tables.h"
 #include "eval/evaluate.h"
 #include "search/hash_table.h"
 #include "search/search_state.h"
@@ -46,8 +47,27 @@ namespace valku {
     return searchPosition.state->fiftyMoves >= 100 || isRepetition();
 }
 
+// Fetches the bucket of the position behind a move that has not been made yet. The key leaves castling,
+// promotion and en passant out: it is a hint, and the probe of such a child merely waits longer.
+[[gnu::always_inline]] inline void prefetchChild(Move move) {
+    const Position& p = searchPosition;
+    const int from = moveFrom(move);
+    const int to = moveTo(move);
+    const u8 mover = p.board[from];
+    const u8 target = p.board[to];
+    const u32 capture = target == empty ? 0 : pieceKeyLow[target][to];
+    prefetchHash(p.state->hashLow ^ epKey[p.state->epField] ^ epKey[noEpField] ^ 1 ^
+                 pieceKeyLow[mover][from] ^ pieceKeyLow[mover][to] ^ capture);
+}
+
+[[gnu::always_inline]] inline void prefetchNullMove() {
+    const StateRecord& state = *searchPosition.state;
+    prefetchHash(state.hashLow ^ epKey[state.epField] ^ epKey[noEpField] ^ 1);
+}
+
 // Makes a move and tells whether it was legal; an illegal one has been unmade again.
 [[gnu::always_inline]] inline bool tryMove(Move move) {
+    prefetchChild(move);
     makeMove(move);
     if (!leftKingInCheck()) return true;
     unmakeMove();

@@ -39,6 +39,7 @@ void filterCaptures(MoveList& list, i32 threshold, i32 standPat, i32& best) {
             best = std::max(best, standPat + gain + maxCompensation);
             list.moves[i] = list.moves[--list.count];
         } else {
+            prefetchChild(move);
             list.scores[i++] = 4 * victimValue(move) - attackerValue(move);
         }
     }
@@ -168,6 +169,7 @@ i32 quiescePv(int ply, i32 alpha, i32 beta, int qDepth) {
         selectBest(list, i);
         const Move move = list.moves[i];
         if (move == hashMove) continue;
+        prefetchChild(move);
         makeMove(move);
         score = leftKingInCheck() ? -mateScore : -quiescePv(ply + 1, -beta, -alpha, qDepth - 1);
         unmakeMove();

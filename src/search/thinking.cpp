@@ -247,8 +247,11 @@ void think(i32 depthLimit, double scheduledSeconds) {
 void runThinkingCycle() {
     for (bool first = true;; first = false) {
         readyForGo = true;
-        thinkingActive = false;
-        if (!first) idleEvent.signal();
+        // A request can be there before the first wait: then the flag is set already and stays.
+        if (!first) {
+            thinkingActive = false;
+            idleEvent.signal();
+        }
         goEvent.wait();
         readyForGo = false;
 

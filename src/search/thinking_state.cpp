@@ -20,7 +20,7 @@ SharedFlag minimalSearchPending{false};
 SharedFlag timeControlled{false};
 SharedFlag easyMode{true};
 SharedFlag fritzMode{false};
-i32 maxDepth = 10;
+SharedNumber maxDepth{10};
 int engineSide = engineBlack;
 
 i32 aspirationWindow = 25;

@@ -4,7 +4,7 @@
 #include "platform/clock.h"
 #include "platform/event.h"
 #include "search/search_types.h"
-#include "search/shared_flag.h"
+#include "search/shared_value.h"
 
 // The flags by which the thread that reads commands and the thread that thinks deal with each other. There is
 // no one variable for the state; idle, thinking, pondering and analysing are read from the flags:
@@ -36,7 +36,7 @@ extern SharedFlag minimalSearchPending;  // a stop has to wait: the search is no
 extern SharedFlag timeControlled;        // time management decides; otherwise maxDepth does
 extern SharedFlag easyMode;              // no self-pondering
 extern SharedFlag fritzMode;             // "hard" has no effect
-extern i32 maxDepth;                     // plies; of searches that are not timed
+extern SharedNumber maxDepth;            // plies; of searches that are not timed
 
 enum EngineSide : int { engineWhite = 0, engineBlack = 1, engineNone = 2 };
 extern int engineSide;

@@ -35,16 +35,17 @@ double scheduleUciTime() {
 }
 
 double scheduleLevelTime() {
-    const ClockValues& clock = clockValues;
-    const i32 moves = clock.levelMoves <= 0 || clock.levelMoves > 70 ? 70 : clock.levelMoves;
+    const i32 remaining = clockValues.remainingCentiseconds;
+    const i32 increment = clockValues.levelIncrement;
+    const i32 levelMoves = clockValues.levelMoves;
+    const i32 moves = levelMoves <= 0 || levelMoves > 70 ? 70 : levelMoves;
     const i32 played = (stackedMoves(gamePosition) + droppedGameMoves) / 2;
-    const double baseSeconds = clock.levelMinutes * 60.0 + clock.levelSeconds;
-    // Without a base time there is no share of it: the cap decides alone.
-    const double share =
-        baseSeconds > 0 ? clock.levelIncrement * 20.0 / baseSeconds + 0.25 + played / 100.0 : 1.0;
-    const double perMove = clock.remainingCentiseconds / (moves * 14.0 / 70.0 * 100.0) + clock.levelIncrement;
-    double target = minimum(clock.remainingCentiseconds / 600.0, share * perMove);
-    if (clock.levelIncrement <= 0 && target <= 5.0) target *= 0.5;
+    const double baseSeconds = clockValues.levelMinutes * 60.0;
+    // Without a base time there is no share of it to speak of: the whole of `perMove` may go.
+    const double share = baseSeconds > 0 ? increment * 20.0 / baseSeconds + 0.25 + played / 100.0 : 1.0;
+    const double perMove = remaining / (moves * 14.0 / 70.0 * 100.0) + increment;
+    double target = minimum(remaining / 600.0, share * perMove);
+    if (increment <= 0 && target <= 5.0) target *= 0.5;
     return target;
 }
 
@@ -64,10 +65,9 @@ double hardLimit(double scheduled) {
         const bool shortOfTime = ownClockMs <= 6000 || (ownIncrementMs == 0 && ownClockMs <= 30000);
         return shortOfTime ? 2 * scheduled : ownClockMs / 2500.0;
     }
-    const ClockValues& clock = clockValues;
-    const bool shortOfTime = clock.remainingCentiseconds <= 600 ||
-                             (clock.levelIncrement == 0 && clock.remainingCentiseconds <= 3000);
-    return shortOfTime ? 2 * scheduled : clock.remainingCentiseconds / 150.0;
+    const i32 remaining = clockValues.remainingCentiseconds;
+    const bool shortOfTime = remaining <= 600 || (clockValues.levelIncrement == 0 && remaining <= 3000);
+    return shortOfTime ? 2 * scheduled : remaining / 150.0;
 }
 
 }  // namespace valku

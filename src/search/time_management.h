@@ -1,20 +1,20 @@
 #pragma once
 
 #include "chess/types.h"
-#include "search/shared_flag.h"
+#include "search/shared_value.h"
 
 // How long a search may take. Two numbers in seconds: the schedule decides whether another iteration is
 // begun; the hard limit stops the search wherever it stands.
 
 namespace valku {
 
-// Read by the thinking thread; written by the commands before they start a search.
+// Read by the thinking thread at the start of a search. The XBoard words may come while it reads; they count
+// for the next request at the latest.
 struct ClockValues {
-    i32 remainingCentiseconds = 0;  // XBoard and console
-    i32 levelMoves = 0;             // moves of the control, 0 for sudden death
-    i32 levelMinutes = 5;
-    i32 levelSeconds = 0;    // of the base time, beside the minutes
-    i32 levelIncrement = 0;  // seconds
+    SharedNumber remainingCentiseconds{0};  // XBoard and console
+    SharedNumber levelMoves{0};             // moves of the control, 0 for sudden death
+    SharedNumber levelMinutes{5};
+    SharedNumber levelIncrement{0};  // seconds
 
     i32 wtime = 0;  // UCI, milliseconds
     i32 btime = 0;

@@ -65,8 +65,16 @@ Shell shell;
 void consoleControlHandler(int consoleSignal) {
     if (consoleSignal == consoleBreak) return;
     writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
+    endSearchForShutDown();
     writeStandardOutput("board: " + writeFen() + "\n");
     shutDownProcess();
+}
+
+// This version has no peers yet: a process that could not be reached must not look as if it could.
+void refuseListeningRoles() {
+    if (processRole == roleRoot || processRole == roleLocalClient) return;
+    sendText("This version does not listen for peers.\n");
+    exitProcess(1);
 }
 
 void initTables() {
@@ -155,6 +163,7 @@ void engineMain(const CommandLine& commandLine) {
     engineServices = &shell;
     installConsoleSignalHandler(consoleControlHandler);
     applyCommandLine(commandLine);
+    refuseListeningRoles();
     initTables();
     detectProtocol();
     loadSettings();

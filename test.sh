@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Builds everything with warnings as errors and runs the test suite; the exit code tells whether all passed.
+#   ./test.sh                     the release's code
+#   ./test.sh asan | tsan | debug the same suite under sanitizers, or unoptimised
+#   ./test.sh [preset] ARGUMENT.. further arguments go to ctest: ./test.sh tsan -L threads
+set -eu
+
+root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
+cd "$root"
+
+preset=test
+case ${1-} in
+    test | asan | tsan | debug) preset=$1 && shift ;;
+esac
+
+. scripts/packages.sh
+needPackages cmake:cmake g++:c++ ninja-build:ninja python3:python3 libgtest-dev:/usr/include/gtest/gtest.h \
+    libgmock-dev:/usr/include/gmock/gmock.h libbenchmark-dev:/usr/include/benchmark/benchmark.h
+
+cmake --preset "$preset"
+cmake --build --preset "$preset"
+
+# The thread sanitizer lays out the address space by hand and fails to start where the kernel scatters addresses
+# more widely than it knows of. Without scattering it always starts.
+launcher=()
+if [ "$preset" = tsan ] && setarch "$(uname -m)" -R true 2>/dev/null; then
+    launcher=(setarch "$(uname -m)" -R)
+fi
+"${launcher[@]}" ctest --preset "$preset" -j "$(nproc)" --no-tests=error "$@"
