@@ -172,6 +172,9 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
         if (!found) scanMobility(ply);
     }
 
+    prefetchNullMove();
+    if (hash.hashMove) prefetchChild(hash.hashMove);
+
     // Step 4. Static evaluation.
     frame.inCheck = inCheck();
     const i32 margin = beta - evaluateNode(ply);
@@ -207,6 +210,7 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
         const Move move = list.moves[i];
         const i32 tag = list.scores[i];
         const u8 piece = searchPosition.board[moveFrom(move)];
+        if (i + 1 < list.count) prefetchChild(list.moves[i + 1]);
         if (!tryMove(move)) continue;
         ++legal;
         bigMove.startMove();

@@ -96,10 +96,16 @@ i32 frontierZws(int ply, i32 beta) {
         } else if (isPseudoLegal(entry.upperMove)) {
             hashMove = entry.upperMove;
         }
+        if (hashMove) prefetchChild(hashMove);
     } else {
         generateCaptures(list, 0);
         searchFrames[ply + 1].ownMobility = list.mobility;
         capturesReady = true;
+        tagCaptures(list);
+        if (list.count) {
+            selectBest(list, 0);
+            prefetchChild(list.moves[0]);
+        }
     }
 
     // Step 3. Null move. Two of them may follow each other here.
@@ -123,10 +129,16 @@ i32 frontierZws(int ply, i32 beta) {
     }
 
     // Step 5. Captures.
-    if (!capturesReady) generateCaptures(list, 0);
-    tagCaptures(list);
+    if (!capturesReady) {
+        generateCaptures(list, 0);
+        tagCaptures(list);
+        selectBest(list, 0);
+    }
     for (i32 i = 0; i < list.count; ++i) {
-        selectBest(list, i);
+        if (i + 1 < list.count) {
+            selectBest(list, i + 1);
+            prefetchChild(list.moves[i + 1]);
+        }
         node.tryOne(list.moves[i], score, cut);
         if (cut) return score;
     }
@@ -139,6 +151,7 @@ i32 frontierZws(int ply, i32 beta) {
         generateQuietMoves(list);
         tagQuietMoves(list, node.table);
         sortByTag(list);
+        if (list.count) prefetchChild(list.moves[0]);
         for (i32 i = 0; i < list.count; ++i) {
             if (i + 1 < list.count) prefetchChild(list.moves[i + 1]);
             node.tryOne(list.moves[i], score, cut);

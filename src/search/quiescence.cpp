@@ -34,12 +34,12 @@ bool opponentHasFewPawns() {
 void filterCaptures(MoveList& list, i32 threshold, i32 standPat, i32& best) {
     for (i32 i = 0; i < list.count;) {
         const Move move = list.moves[i];
+        prefetchChild(move);
         const i32 gain = exchangeBound(move, threshold);
         if (gain < threshold) {
             best = std::max(best, standPat + gain + maxCompensation);
             list.moves[i] = list.moves[--list.count];
         } else {
-            prefetchChild(move);
             list.scores[i++] = 4 * victimValue(move) - attackerValue(move);
         }
     }
