@@ -39,9 +39,9 @@ constexpr i32 noAttacker = -1;
 
 // Looks through a list from the cursor on; true with the cursor behind the attacker found. An entry equal to
 // `square` is the man that has captured there already.
-[[gnu::always_inline]] inline bool findSlider(const u8* list, int square, u8 lineFlags,
+[[gnu::always_inline]] inline bool findSlider(const u8* list, int square, u8 lineFlags, bool onItsLines,
                                               AttackerCursor& cursor) {
-    for (; list[cursor.index] != noSquare; ++cursor.index) {
+    for (; onItsLines && list[cursor.index] != noSquare; ++cursor.index) {
         if (list[cursor.index] == square || !reachesAlongLine(list[cursor.index], square, lineFlags))
             continue;
         ++cursor.index;
@@ -57,6 +57,10 @@ constexpr i32 noAttacker = -1;
 template <Color Us>
 i32 nextAttacker(int square, i32 kingValue, AttackerCursor& cursor) {
     const Position& p = searchPosition;
+    // The bitboards still show the lifted mover on its origin: as filters they may let too much through,
+    // never too little.
+    const auto onDiagonal = [&] { return (bishopRays[square] & diagonalBBOf<Us>(p)) != 0; };
+    const auto onStraight = [&] { return (rookRays[square] & straightBBOf<Us>(p)) != 0; };
     switch (cursor.attackerClass) {
         case AttackerCursor::Pawns:
             if (cursor.index < pawnAttacksOf<Us>(p)[square]) {
@@ -66,21 +70,26 @@ i32 nextAttacker(int square, i32 kingValue, AttackerCursor& cursor) {
             cursor = {AttackerCursor::Knights, 0};
             [[fallthrough]];
         case AttackerCursor::Knights:
-            for (const u8* list = knightsOf<Us>(p); list[cursor.index] != noSquare; ++cursor.index) {
-                if (!(knightAttacks[square] & squareMask[list[cursor.index]])) continue;
-                ++cursor.index;
-                return knightValue;
+            if (knightAttacks[square] & knightsBBOf<Us>(p)) {
+                for (const u8* list = knightsOf<Us>(p); list[cursor.index] != noSquare; ++cursor.index) {
+                    if (!(knightAttacks[square] & squareMask[list[cursor.index]])) continue;
+                    ++cursor.index;
+                    return knightValue;
+                }
             }
             cursor = {AttackerCursor::Bishops, 0};
             [[fallthrough]];
         case AttackerCursor::Bishops:
-            if (findSlider(bishopsOf<Us>(p), square, diagonalFlag, cursor)) return bishopValue;
+            if (findSlider(bishopsOf<Us>(p), square, diagonalFlag, onDiagonal(), cursor)) return bishopValue;
             [[fallthrough]];
         case AttackerCursor::Rooks:
-            if (findSlider(rooksOf<Us>(p), square, straightFlag, cursor)) return rookValue;
+            if (findSlider(rooksOf<Us>(p), square, straightFlag, onStraight(), cursor)) return rookValue;
             [[fallthrough]];
         case AttackerCursor::Queens:
-            if (findSlider(queensOf<Us>(p), square, diagonalFlag | straightFlag, cursor)) return queenValue;
+            if (findSlider(queensOf<Us>(p), square, diagonalFlag | straightFlag, onDiagonal() || onStraight(),
+                           cursor)) {
+                return queenValue;
+            }
             [[fallthrough]];
         case AttackerCursor::King:
             cursor.attackerClass = AttackerCursor::Exhausted;

@@ -45,15 +45,13 @@ constexpr i32 goodHistoryBonus = 0x200000;
             return (victim >= margin ? discoveringCaptureTag : smallDiscoveringCaptureTag) + victim;
         }
         tag = quietDiscoveredCheckTag;
+    } else if (quiet) {
+        // The bounded test answers the one question that matters here, and it is cheaper.
+        tag = exchangeBound(move, safeLimit) >= safeLimit ? safeQuietTag : losingTag;
+    } else if (const i32 exchange = staticExchange(move); exchange < safeLimit) {
+        tag = losingTag;
     } else {
-        const i32 exchange = staticExchange(move);
-        if (quiet) {
-            tag = exchange >= safeLimit ? safeQuietTag : losingTag;
-        } else if (exchange < safeLimit) {
-            tag = losingTag;
-        } else {
-            tag = exchange >= margin ? goodCaptureTag + std::max(exchange, 0) : evenCaptureTag;
-        }
+        tag = exchange >= margin ? goodCaptureTag + std::max(exchange, 0) : evenCaptureTag;
     }
 
     if (moveTo(frame.killer1Move) == to && frame.killer1Piece == mover) tag += killer1Bonus;
@@ -77,16 +75,21 @@ void tagMoves(SearchFrame& frame, const HistoryTable& table, i32 margin, Move ha
 }
 
 void sortByTag(MoveList& list) {
-    for (i32 i = 1; i < list.count; ++i) {
-        const Move move = list.moves[i];
-        const i32 score = list.scores[i];
+    // Tag and move travel together; only the tag is compared, so that equal tags keep their order.
+    struct Entry {
+        i32 tag;
+        Move move;
+    };
+    Entry sorted[maxMoves];
+    for (i32 i = 0; i < list.count; ++i) {
+        const Entry entry{list.scores[i], list.moves[i]};
         i32 place = i;
-        for (; place > 0 && list.scores[place - 1] < score; --place) {
-            list.moves[place] = list.moves[place - 1];
-            list.scores[place] = list.scores[place - 1];
-        }
-        list.moves[place] = move;
-        list.scores[place] = score;
+        for (; place > 0 && sorted[place - 1].tag < entry.tag; --place) sorted[place] = sorted[place - 1];
+        sorted[place] = entry;
+    }
+    for (i32 i = 0; i < list.count; ++i) {
+        list.scores[i] = sorted[i].tag;
+        list.moves[i] = sorted[i].move;
     }
 }
 
