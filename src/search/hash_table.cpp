@@ -139,9 +139,16 @@ void setHashBuckets(i64 buckets) {
 namespace {
 
 bool openTable() {
-    hashTable = static_cast<HashBucket*>(openSharedPointer());
-    if (hashTable) clearHashTable();
-    return hashTable != nullptr;
+    void* const memory = openSharedPointer();
+    if (!memory) return false;
+    // More buckets than the table has were asked for: there is no such table.
+    if (sharedPointerSize(sharedTableId) / sizeof(HashBucket) < nHashTables) {
+        clearSharedPointer(sharedTableId);
+        return false;
+    }
+    hashTable = static_cast<HashBucket*>(memory);
+    clearHashTable();
+    return true;
 }
 
 // Takes the first number that nobody has, not even in the moment between the look and the creation.

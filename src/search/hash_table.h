@@ -74,8 +74,8 @@ bool probeHash(const StateRecord& state, HashEntry& found);
 // The lower-bound move of a position, 0 if it has none. A lock does not hide it.
 Move readPvMove(const StateRecord& state);
 
-// Brings a bucket into the cache ahead of its probe. Inlined always: a compiler that looks at it as a call sees
-// no effect and drops it.
+// Brings a bucket into the cache ahead of its probe. Inlined always: a compiler that looks at it as a call
+// sees no effect and drops it.
 [[gnu::always_inline]] inline void prefetchHash(u32 hashLow) {
     const char* bucket = reinterpret_cast<const char*>(&hashTable[hashLow & hashMask]);
     __builtin_prefetch(bucket);

@@ -48,6 +48,10 @@ void* openSharedPointer() {
     }
 }
 
+u64 sharedPointerSize(i32 id) {
+    return sharedPointers().at(id).memory.size();
+}
+
 void* createSharedPointer(u64 size) {
     if (size >= u64{1} << 32) throw std::string("Error in createSharedPointer: size >= 2^32 !");
     if (sharedPointers().contains(sharedTableId)) {

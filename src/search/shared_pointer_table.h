@@ -11,6 +11,9 @@ namespace valku {
 // The address of the block named by sharedTableId, or null if there is no such block.
 void* openSharedPointer();
 
+// The size in bytes of a block that is open here.
+u64 sharedPointerSize(i32 id);
+
 // Makes the block; null if somebody else has made one of that name in the meantime. `size` in bytes.
 void* createSharedPointer(u64 size);
 

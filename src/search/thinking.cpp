@@ -42,7 +42,10 @@ struct Deepening {
     i32 scores[maxIterations + 2] = {};
     std::unique_ptr<CallBackTimer> timer{};
 
-    bool isTimeForMore() const { return (steadySeconds() - startTime) * timeFactor < extension * scheduled; }
+    bool isTimeForMore() const {
+        if (scheduled == unlimitedSeconds) return true;
+        return (steadySeconds() - startTime) * timeFactor < extension * scheduled;
+    }
 
     void setWindow(i32 depth) const;
     i32 searchIteration(i32 depth, double& nextExtension);
@@ -133,7 +136,7 @@ void Deepening::run() {
         if (stopSignalOutside()) return;
 
         // Step 3. What it means for the time.
-        if (depth >= 10) shrinkSchedule(score);
+        if (depth >= 10 && scheduled != unlimitedSeconds) shrinkSchedule(score);
         rememberBestMove(depth, bestMove);
         judgeStability();
 
