@@ -129,6 +129,10 @@ void createRootProcess(bool shareHash) {
     reportHashTable(shareHash);
 }
 
+void reportMissingBook() {
+    if (processRole == roleRoot && !isBookThere()) sendText("No opening book found...\n");
+}
+
 void reportTablebases() {
     if (processRole != roleRoot) return;
     sendText(std::string(protocolMode == protocolUci ? "info string " : "") + "TBPath is " + TBPath +
@@ -169,6 +173,7 @@ void engineMain(const CommandLine& commandLine) {
     loadSettings();
     connectPorts();
     createRootProcess(commandLine.shareHash);
+    reportMissingBook();
     resetGame();
     registerTablebases();
     reportTablebases();
