@@ -6,16 +6,17 @@
 
 namespace valku {
 
-// A value that one thread writes and another polls. What the writer did before it set the value is seen by
-// whoever reads the new one; on x86 this costs nothing.
+// A value that one thread writes and another polls. All accesses stand in one order that every thread sees:
+// of two threads that each set a value and then look at the other's, at least one sees it. Reading costs
+// nothing extra on x86.
 template <class T>
 class SharedValue {
   public:
     constexpr explicit SharedValue(T initial) : value(initial) {}
 
-    operator T() const { return value.load(std::memory_order_acquire); }
+    operator T() const { return value.load(); }
     SharedValue& operator=(T newValue) {
-        value.store(newValue, std::memory_order_release);
+        value.store(newValue);
         return *this;
     }
 

@@ -56,11 +56,9 @@ struct Deepening {
 
 void onTimeout() {
     searchPorts.observer->timeRanOut();
-    if (pondering) {
-        timeUsedUp = true;
-    } else {
-        setStop(stopFromOutside);
-    }
+    // A ponderhit clears `pondering` and then looks at timeUsedUp; in this order one of the two sees the other.
+    timeUsedUp = true;
+    if (!pondering) setStop(stopFromOutside);
 }
 
 void Deepening::setWindow(i32 depth) const {
@@ -117,11 +115,9 @@ void Deepening::judgeStability() {
 void Deepening::run() {
     for (i32 depth = 2;; ++depth) {
         // Step 1. Time and depth for another iteration? A ponder search goes on all the same.
-        const bool used = depth > depthLimit || !isTimeForMore();
-        if (!pondering) {
-            if (used) return;
-        } else if (used) {
+        if (depth > depthLimit || !isTimeForMore()) {
             timeUsedUp = true;
+            if (!pondering) return;
         }
         timeFactor = baseTimeFactor;
         double nextExtension = 1.0;
