@@ -23,11 +23,14 @@ struct FrontierNode {
     i32 legal = 0;
     BigMove bigMove{};
 
-    void tryOne(Move move, i32& cutScore, bool& cut) {
+    i32 score = 0;  // of the move tried last
+
+    // Answers a move with quiescence. True if that reaches beta, which ends the node with `score`.
+    bool reachesBeta(Move move) {
         const u8 piece = searchPosition.board[moveFrom(move)];
-        if (!tryMove(move)) return;
+        if (!tryMove(move)) return false;
         bigMove.startMove();
-        const i32 score = -quiesceZws(ply + 1, 1 - beta);
+        score = -quiesceZws(ply + 1, 1 - beta);
         unmakeMove();
         if (score >= beta) {
             if (wasQuiet()) {
@@ -35,32 +38,40 @@ struct FrontierNode {
                 rewardHistory(table, piece, moveTo(move), frontierDepth);
             }
             storeNodeLowerBound(ply, score, frontierDepth, move);
-            cutScore = score;
-            cut = true;
-            return;
+            return true;
         }
         ++legal;
         penaliseHistory(table, piece, moveTo(move));
         best = std::max(best, score);
         bigMove.endMove(move);
+        return false;
     }
 };
 
-void tagCaptures(MoveList& list) {
+// Generates the captures with the first one to try in front.
+void prepareCaptures(MoveList& list) {
     const Position& p = searchPosition;
+    generateCaptures(list, 0);
     for (i32 i = 0; i < list.count; ++i) {
         const Move move = list.moves[i];
         list.scores[i] =
             5 * pieceValueByCode[p.board[moveTo(move)]] - pieceValueByCode[p.board[moveFrom(move)]];
     }
+    if (list.count == 0) return;
+    selectBest(list, 0);
+    prefetchChild(list.moves[0]);
 }
 
-void tagQuietMoves(MoveList& list, const HistoryTable& table) {
+// Generates the quiet moves in the order of their history.
+void prepareQuietMoves(MoveList& list, const HistoryTable& table) {
+    generateQuietMoves(list);
     for (i32 i = 0; i < list.count; ++i) {
         const Move move = list.moves[i];
         const i32 history = table.values[searchPosition.board[moveFrom(move)]][moveTo(move)];
         list.scores[i] = std::min(history, tagHistoryLimit);
     }
+    sortByTag(list);
+    if (list.count > 0) prefetchChild(list.moves[0]);
 }
 
 }  // namespace
@@ -72,7 +83,7 @@ i32 frontierZws(int ply, i32 beta) {
     if (ply >= horizonPly) return evaluateForSideToMove();
     i32 score;
     if (probeTables(ply, frontierDepth, score)) return score;
-    i32 best = ply - mateScore;
+    const i32 best = ply - mateScore;
     if (beta <= best) return best;
     setUpFrame(ply);
     if (isDrawnByRule()) return drawScore;
@@ -98,14 +109,9 @@ i32 frontierZws(int ply, i32 beta) {
         }
         if (hashMove) prefetchChild(hashMove);
     } else {
-        generateCaptures(list, 0);
+        prepareCaptures(list);
         searchFrames[ply + 1].ownMobility = list.mobility;
         capturesReady = true;
-        tagCaptures(list);
-        if (list.count) {
-            selectBest(list, 0);
-            prefetchChild(list.moves[0]);
-        }
     }
 
     // Step 3. Null move. Two of them may follow each other here.
@@ -120,27 +126,18 @@ i32 frontierZws(int ply, i32 beta) {
     }
 
     FrontierNode node{ply, beta, frame, historyTableFor(margin), best};
-    bool cut = false;
 
     // Step 4. The hash move. It stays in the later stages and may be searched again.
-    if (hashMove) {
-        node.tryOne(hashMove, score, cut);
-        if (cut) return score;
-    }
+    if (hashMove && node.reachesBeta(hashMove)) return node.score;
 
     // Step 5. Captures.
-    if (!capturesReady) {
-        generateCaptures(list, 0);
-        tagCaptures(list);
-        selectBest(list, 0);
-    }
+    if (!capturesReady) prepareCaptures(list);
     for (i32 i = 0; i < list.count; ++i) {
         if (i + 1 < list.count) {
             selectBest(list, i + 1);
             prefetchChild(list.moves[i + 1]);
         }
-        node.tryOne(list.moves[i], score, cut);
-        if (cut) return score;
+        if (node.reachesBeta(list.moves[i])) return node.score;
     }
 
     // Step 6. Quiet moves, unless the static evaluation is so far below beta that they are taken to fail.
@@ -148,14 +145,10 @@ i32 frontierZws(int ply, i32 beta) {
         node.best = std::max(node.best, staticEval + futilityMargin);
         ++node.legal;
     } else {
-        generateQuietMoves(list);
-        tagQuietMoves(list, node.table);
-        sortByTag(list);
-        if (list.count) prefetchChild(list.moves[0]);
+        prepareQuietMoves(list, node.table);
         for (i32 i = 0; i < list.count; ++i) {
             if (i + 1 < list.count) prefetchChild(list.moves[i + 1]);
-            node.tryOne(list.moves[i], score, cut);
-            if (cut) return score;
+            if (node.reachesBeta(list.moves[i])) return node.score;
         }
     }
 
