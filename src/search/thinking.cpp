@@ -122,6 +122,7 @@ void Deepening::run() {
         timeFactor = baseTimeFactor;
         double nextExtension = 1.0;
         if (depth > depthLimit) {
+            minimalSearchPending = false;  // it will get no deeper
             sleepMilliseconds(100);
             depth = depthLimit;
         }
