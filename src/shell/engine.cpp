@@ -64,8 +64,8 @@ Shell shell;
 // The break key leaves the engine running; after any other signal the system ends the process.
 void consoleControlHandler(int consoleSignal) {
     if (consoleSignal == consoleBreak) return;
-    writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
     endSearchForShutDown();
+    writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
     writeStandardOutput("board: " + writeFen() + "\n");
     shutDownProcess();
 }
