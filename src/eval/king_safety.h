@@ -13,10 +13,10 @@
 
 namespace valku {
 
-constexpr i32 noQueenRelief = 3;
+constexpr i32 noQueenRelief = 3;  // points off an attack without a queen
 constexpr i32 queenPawnHook = 3;  // the queen has a pawn on the sixth rank before the king, as it sees it
-constexpr i32 shelterUnit = 4;
 constexpr i32 diagonalWeight = 3;
+constexpr i32 shelterUnit = 4;  // hundredths of a pawn for each point of the pawn entry's shelter
 
 inline int fileDistance(int a, int b) {
     return std::abs(fileOf(a) - fileOf(b));

@@ -29,9 +29,10 @@ struct alignas(64) PawnEntry {
     // Pawns on dark squares in the low nibble, on light ones in the high; blocked central pawns count double.
     u8 whitePawnColours, blackPawnColours;
 
-    u8 whiteChainWing,
-        blackChainWing;  // a ChainWing: where the side's chain points to if the centre is locked
-    u8 pawnSpread;       // files between the outermost pawns
+    // A ChainWing each: where the side's chain points to if the centre is locked.
+    u8 whiteChainWing, blackChainWing;
+
+    u8 pawnSpread;  // files between the outermost pawns
 
     // How far the pawns have come to open files against a king on that wing.
     i8 whiteStormKingside, whiteStormQueenside;
