@@ -47,6 +47,8 @@ fi
 
 mkdir -p "$output" && output=$(readlink -f "$output") || exit 2
 case $engine in */*) engine=$(readlink -f "$engine") ;; esac
+# run.sh may have to build first, which is no part of a game; without input the engine ends at once.
+[ "$engine" != "$root/run.sh" ] || "$engine" </dev/null || exit 2
 
 # The interface keeps its settings in the home folder, and the engines leave files where they run.
 work=$(mktemp -d)

@@ -1,0 +1,34 @@
+#include "chess/number_text.h"
+
+#include <gtest/gtest.h>
+
+namespace valku {
+namespace {
+
+TEST(NumberText, ReadsTheNumberAtTheStart) {
+    const struct {
+        const char* text;
+        i64 number;
+    } cases[] = {{"12", 12},
+                 {" \t-7 rest", -7},
+                 {"+5", 5},
+                 {"3.9", 3},
+                 {"", 0},
+                 {"x12", 0},
+                 {"-", 0},
+                 {"4x", 4},
+                 {"2147483647", 2147483647},
+                 {"-2147483648", -2147483648LL},
+                 {"12\r\n", 12}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(readNumber(c.text), c.number) << c.text;
+        EXPECT_EQ(readLongNumber(c.text), c.number) << c.text;
+    }
+    EXPECT_EQ(readNumber("2147483648"), 2147483647);
+    EXPECT_EQ(readNumber("-99999999999999999999"), -2147483647 - 1);
+    EXPECT_EQ(readLongNumber("6000000000"), 6000000000);
+    EXPECT_EQ(readLongNumber("99999999999999999999"), 9223372036854775807);
+}
+
+}  // namespace
+}  // namespace valku

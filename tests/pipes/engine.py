@@ -1,0 +1,288 @@
+"""A small chess interface for tests: starts the engine in a directory of its own and talks to it through pipes.
+
+Every text that a search may send is known here, so that each search of each test also holds the form of its lines.
+A wait that takes longer than PATIENCE means a hang and fails the test; nothing else hangs on the time.
+"""
+
+import os
+import queue
+import re
+import select
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+from rules import Board
+
+# Seconds.
+PATIENCE = float(os.environ.get("VALKU_PATIENCE", "120"))
+
+LINE_MOVE = r"(?:[a-h][1-8][a-h][1-8][NBRQ]?|O-O(?:-O)?)"
+UCI_MOVE = r"(?:[a-h][1-8][a-h][1-8][nbrq]?|O-O(?:-O)?)"
+MAIN_LINE = re.compile(
+    r"info depth (?P<depth>\d+) seldepth (?P<seldepth>\d+) time (?P<time>\d+) nodes (?P<nodes>\d+) nps (?P<nps>\d+)"
+    rf" pv (?P<pv>{LINE_MOVE}(?: {LINE_MOVE})*) score cp (?P<score>-?\d+)(?P<bound> lowerbound)?"
+    r" hashfull (?P<hashfull>\d+) tbhits (?P<tbhits>\d+)")
+FAIL_LOW = re.compile(r"info depth (?P<depth>\d+) seldepth (?P<seldepth>\d+) score cp (?P<score>-?\d+) upperbound pv "
+                      rf"(?P<pv>(?:{LINE_MOVE}(?: {LINE_MOVE})*)?)")
+ROOT_MOVE = re.compile(rf"info depth (?P<depth>\d+) currmove (?P<move>{UCI_MOVE}) currmovenumber (?P<number>\d+)"
+                       r" hashfull (?P<hashfull>\d+)")
+CLOCK = re.compile(r"info string movesToGo = \d+; remainingTime = -?\d+\.\d\d; increment = -?\d+\.\d\d")
+SCHEDULE = re.compile(r"info string scheduled time=-?\d+\.\d\ds, maxtime=-?\d+\.\d\ds")
+TIMEOUT = re.compile(r"info string timeout!")
+BEST_MOVE = re.compile(rf"bestmove (?P<move>{UCI_MOVE})(?: ponder (?P<ponder>{UCI_MOVE}))?")
+NEW_TABLE = re.compile(r"info string Create new hashtable with id (\d+), size = (\d+)")
+
+
+class Hang(AssertionError):
+    """An answer that did not come."""
+
+
+class Answer:
+    """What one search has sent, its bestmove line included."""
+
+    def __init__(self, lines):
+        self.lines = lines
+        self.main_lines, self.fail_lows, self.root_moves, self.strings = [], [], [], []
+        for line in lines[:-1]:
+            for form, kept in ((MAIN_LINE, self.main_lines), (FAIL_LOW, self.fail_lows), (ROOT_MOVE, self.root_moves)):
+                match = form.fullmatch(line)
+                if match:
+                    kept.append(match)
+                    break
+            else:
+                if not any(form.fullmatch(line) for form in (CLOCK, SCHEDULE, TIMEOUT)):
+                    raise AssertionError(f"no line of a search: {line!r}")
+                self.strings.append(line)
+        match = BEST_MOVE.fullmatch(lines[-1])
+        if not match:
+            raise AssertionError(f"no bestmove line: {lines[-1]!r}")
+        self.best, self.ponder = match["move"], match["ponder"]
+
+    @property
+    def depth(self):
+        """The deepest iteration that was begun."""
+        return max((int(move["depth"]) for move in self.root_moves), default=0)
+
+    @property
+    def score(self):
+        return int(self.main_lines[-1]["score"])
+
+    @property
+    def nodes(self):
+        return int(self.main_lines[-1]["nodes"])
+
+    def moves_at(self, depth):
+        return [move["move"] for move in self.root_moves if int(move["depth"]) == depth]
+
+    def without_times(self):
+        """The lines with everything that may differ from run to run taken out."""
+        return [re.sub(r" (time|nps) \d+", "", line) for line in self.lines]
+
+
+class Engine:
+    """One running engine. `words` are the lines sent at once; `stdout` may name another output."""
+
+    def __init__(self, *arguments, words=("uci",), settings=None, directory=None, **pipes):
+        self.home = None
+        if directory is None:
+            self.home = tempfile.TemporaryDirectory(prefix="valku-test-")
+            directory = self.home.name
+        self.directory = directory
+        if settings is not None:
+            with open(os.path.join(directory, "settings.ini"), "wb") as file:
+                file.write(settings.encode())
+        self.complaints = tempfile.TemporaryFile()
+        self.process = subprocess.Popen([Engine.program, *arguments], cwd=directory, stdin=subprocess.PIPE,
+                                        stdout=pipes.get("stdout", subprocess.PIPE), stderr=self.complaints)
+        self.expected_end = {0}
+        self.lines = queue.SimpleQueue()
+        self.collector = threading.Thread(target=self.collect, daemon=True)
+        if self.process.stdout:
+            self.collector.start()
+        self.send(*words)
+
+    def collect(self):
+        for line in self.process.stdout:
+            self.lines.put(line.decode("latin-1").removesuffix("\n"))
+        self.lines.put(None)
+
+    def send_bytes(self, data):
+        """Never waits for ever: an engine that reads no more is a hang like any other."""
+        while data:
+            if not select.select([], [self.process.stdin], [], PATIENCE)[1]:
+                raise Hang(f"nothing was read for {PATIENCE} seconds")
+            data = data[os.write(self.process.stdin.fileno(), data[:select.PIPE_BUF]):]
+
+    def send(self, *lines):
+        self.send_bytes("".join(line + "\n" for line in lines).encode())
+
+    def next_line(self, patience=PATIENCE):
+        """None at the end of the output."""
+        try:
+            return self.lines.get(timeout=patience)
+        except queue.Empty:
+            raise Hang(f"what was waited for did not come within {PATIENCE} seconds") from None
+
+    def read_to(self, form):
+        """All lines up to the first that fully matches; it is the last of the list."""
+        lines = []
+        end = time.monotonic() + PATIENCE  # a search that goes on reporting must not keep us for ever
+        while not (lines and re.fullmatch(form, lines[-1])):
+            lines.append(self.next_line(max(0.0, end - time.monotonic())))
+            if lines[-1] is None:
+                raise AssertionError(f"the output ended before {form!r}: {lines[-5:]}")
+        return lines
+
+    def read_all(self):
+        """Everything to the end of the output."""
+        lines = list(iter(self.next_line, None))
+        self.lines.put(None)
+        return lines
+
+    def ready(self):
+        """The lines that came before the engine was ready."""
+        self.send("isready")
+        return self.read_to("readyok")[:-1]
+
+    def answer(self, seen=()):
+        """The answer of the running search, of which some lines may have been read before."""
+        return Answer([*seen, *self.read_to("bestmove .*")])
+
+    def go(self, arguments, position=None):
+        if position is not None:
+            self.send("position " + position)
+        self.send("go " + arguments)
+        return self.answer()
+
+    def started(self):
+        """The id of the hash table and its buckets, from the lines of the start, which are then behind us."""
+        lines = self.read_to(r"info string TBPath is .*")
+        table, buckets = next(match for match in map(NEW_TABLE.fullmatch, lines) if match).groups()
+        return int(table), int(buckets)
+
+    def board(self):
+        """The position on the board as FEN; this ends the engine, whose interrupt handler writes it."""
+        self.ready()
+        self.signal(signal.SIGINT)
+        lines = self.read_all()
+        if len(lines) != 2 or lines[0] != "handler called with signal 0" or not lines[1].startswith("board: "):
+            raise AssertionError(f"no board in {lines}")
+        return lines[1].removeprefix("board: ")
+
+    def signal(self, number):
+        self.expected_end.add(-number)
+        self.process.send_signal(number)
+
+    def wait(self):
+        """The exit code."""
+        try:
+            return self.process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            raise Hang("the process did not end") from None
+
+    def quit(self):
+        self.send("quit")
+        return self.wait()
+
+    def end_input(self):
+        self.process.stdin.close()
+
+    def close(self):
+        """Ends the process if the test has not, and tells how it ended if that was no good end."""
+        try:
+            self.process.stdin.close()
+        except OSError:  # what was still to be written to a process that is gone
+            pass
+        try:
+            self.process.wait(10)
+        except subprocess.TimeoutExpired:
+            self.expected_end.add(-signal.SIGKILL)
+            self.process.kill()
+            self.process.wait()
+        if self.collector.is_alive():
+            self.collector.join()
+        self.complaints.seek(0)
+        complaints = self.complaints.read().decode(errors="replace")
+        self.complaints.close()
+        if self.process.stdout:
+            self.process.stdout.close()
+        if self.home:
+            self.home.cleanup()
+        if complaints:
+            return f"standard error of the engine:\n{complaints}"
+        if self.process.returncode not in self.expected_end:
+            return f"the engine ended with code {self.process.returncode}"
+        return None
+
+
+class EngineTest(unittest.TestCase):
+    """A test that drives engines; each is ended with the test, and none may have crashed or complained."""
+
+    def engine(self, *arguments, **options):
+        engine = Engine(*arguments, **options)
+        self.addCleanup(self.close, engine)
+        return engine
+
+    def ready_engine(self, *options, **how):
+        """An engine behind its start, with the given options set and their reports read."""
+        engine = self.engine(**how)
+        engine.send(*("setoption name " + option for option in options))
+        engine.ready()
+        return engine
+
+    def close(self, engine):
+        fault = engine.close()
+        if fault:
+            self.fail(fault)
+
+    def run_with(self, text, *arguments, directory=None):
+        """The way of a shell pipe: everything in, then the end of input. The lines and the exit code."""
+        engine = self.engine(*arguments, words=(), directory=directory)
+        engine.send_bytes(text if isinstance(text, bytes) else text.encode())
+        engine.end_input()
+        lines = engine.read_all()
+        return lines, engine.wait()
+
+    def check_search(self, board, answer):
+        """Holds a search against the rules of chess as the test knows them. The board after the move."""
+        legal = {board.uci(move): move for move in board.moves()}
+        self.assertIn(answer.best, legal)
+        if answer.depth > 2:
+            self.assertEqual(set(answer.moves_at(2)), set(legal), board.fen())
+        reached = {(): board}
+        for match in answer.main_lines + answer.fail_lows:
+            line = ()
+            for text in match["pv"].split():
+                before, line = reached[line], (*line, text)
+                if line not in reached:
+                    move = before.find(text, Board.line_text)
+                    if move is None:
+                        self.fail(f"{text} of {match[0]!r} on {board.fen()}")
+                    reached[line] = before.play(move)
+        after = board.play(legal[answer.best])
+        if answer.ponder:
+            self.assertTrue(after.find(answer.ponder), f"{answer.lines[-1]!r} on {board.fen()}")
+        return after
+
+
+def wait_until(condition, what):
+    end = time.monotonic() + PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            raise Hang(f"waited in vain for {what}")
+        time.sleep(0.005)
+
+
+def main():
+    """Runs the tests of the calling script; its first argument, or the variable VALKU, names the engine."""
+    named = len(sys.argv) > 1 and os.path.isfile(sys.argv[1])
+    program = sys.argv.pop(1) if named else os.environ.get("VALKU")
+    if not program:
+        sys.exit("usage: test_....py <engine> [unittest arguments], or VALKU=<engine> test_....py")
+    Engine.program = os.path.abspath(program)
+    unittest.main()

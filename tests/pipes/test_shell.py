@@ -1,0 +1,276 @@
+"""The process around the engine: start words, log, settings, end of input, signals, shared memory."""
+
+import os
+import pathlib
+import re
+import signal
+import tempfile
+import unittest
+
+import engine
+from rules import Board
+from test_uci import IDENTIFICATION, PAWN_ENDING, report
+
+DEFAULT_TABLE = 2097152
+
+
+def files(directory):
+    return sorted(os.listdir(directory))
+
+
+def segments():
+    """The shared memory of the machine: key and creator of every segment."""
+    with open("/proc/sysvipc/shm") as table:
+        rows = [line.split() for line in table.readlines()[1:]]
+    return {(int(row[0]), int(row[4])) for row in rows}
+
+
+def segments_of(*players):
+    return {key for key, creator in segments() if creator in [player.process.pid for player in players]}
+
+
+class StartWords(engine.EngineTest):
+    def test_words_in_front_of_the_protocol_word_are_passed_over(self):
+        for text in ("isready quit\nUCI\n\n  uci\n", "\r\n\tgo uci\r\n", "x" * 100000 + " uci\n", "uci isready\n"):
+            lines, code = self.run_with(text + "eval\n")
+            self.assertEqual((lines[:len(IDENTIFICATION)], code), (IDENTIFICATION, 0))
+            self.assertIn("info string eval is: 8", lines)
+        self.assertEqual(self.run_with("nothing of the kind\n"), ([], 0))
+        self.assertEqual(self.run_with(""), ([], 0))
+
+    def test_lines_of_other_systems_and_a_last_line_without_end(self):
+        lines, code = self.run_with("uci\r\nisready\r\nposition startpos moves e2e4\r\ngo depth 5\r\n")
+        self.assertRegex(lines[-1], "^bestmove [a-h][75][a-h][65]|^bestmove [bg]8")
+        self.assertEqual((lines.count("readyok"), code), (1, 0))
+        self.assertEqual(self.run_with("uci\nisready")[0][-1], "readyok")
+
+
+class Log(engine.EngineTest):
+    def log(self, directory, number):
+        with open(os.path.join(directory, f"valkucom{number}.log")) as file:
+            return file.read()
+
+    def test_each_run_writes_a_new_numbered_file(self):
+        with tempfile.TemporaryDirectory() as directory:
+            for number in (1, 2, 3):
+                first = self.log(directory, 1) if number > 1 else None
+                self.run_with("uci_log\neval\nquit\n", directory=directory)
+                self.assertEqual(files(directory), [f"valkucom{n}.log" for n in range(1, number + 1)])
+                self.assertIn(first, (None, self.log(directory, 1)))
+            log = self.log(directory, 3)
+            self.assertRegex(log, r"(?s)^< \d{10}:\nid name Valku 4\.00\n")
+            self.assertRegex(log, r"\n> \d{10}:\neval\n< \d{10}:\ninfo string eval is: 8\n\n> \d{10}:\nquit\n$")
+
+    def test_the_option_switches_the_log(self):
+        player = self.ready_engine()
+        self.assertEqual(files(player.directory), [])
+        player.send("setoption name WriteLog value true", "eval", "setoption name WriteLog value false", "eval",
+                    "setoption name WriteLog value true")
+        player.ready()
+        self.assertEqual(files(player.directory), ["valkucom1.log", "valkucom2.log"])
+        first = re.sub(r"\d{10}", "T", self.log(player.directory, 1))
+        self.assertEqual(first, "< T:\n" + "\n".join(report(log=1)) + "\n\n> T:\neval\n< T:\ninfo string eval is: 8\n\n"
+                         "> T:\nsetoption name WriteLog value false\n")
+
+    def test_the_setting_switches_the_log(self):
+        player = self.ready_engine(settings="writeLogFile=1\n")
+        self.assertEqual(files(player.directory), ["settings.ini", "valkucom1.log"])
+        silenced = self.ready_engine(settings="writeLogFile=0\n", words=("uci_log",))
+        self.assertTrue(self.log(silenced.directory, 1).endswith("uciok\n\n"))
+
+
+class Settings(engine.EngineTest):
+    def report_under(self, settings):
+        player = self.ready_engine(settings=settings)
+        player.send("setoption name KingSafety value 100" if "kingSafety" not in settings else
+                    "setoption name PreserveHash value true")
+        return player.ready()
+
+    def test_values_and_their_checks(self):
+        cases = [
+            ("pawnValue=90\nknightValue=350\nbishopValue=360\nrookValue=500\nqueenValue=1000\n",
+             dict(pawn=90, knight=350, bishop=360, rook=500, queen=1000, e1=360, e2=360 + 2 * 1090)),
+            ("queenValue=1000\r\npawnValue=90\r\n", dict(pawn=90, queen=1000, e2=381 + 2 * 1090)),
+            ("pairOfBishops=50\nTBdistance=5\nfactorForAnotherIteration=80\nkingSafety=-7\n",
+             dict(bish=50, tbd=5, fai=80, ksft=-7)),
+            ("pawnValue=-5\nknightvalue=1\nTBDistance=3\nknightValue 5\n\n=\n", dict()),
+            ("rookValue=five\nbishopValue=\n", dict(rook=0, bishop=0, e1=370, e2=2890)),
+            ("#pawnValue=100\n", dict(pawn=0, e2=2701)),
+            ("  rookValue=12345\n", dict(rook=345)),  # the removal takes as much more as the key stands in the line
+            ("xrookValue=12345\n", dict(rook=0)),
+            ("pawnValue=90 rookValue=300\n", dict(pawn=90, rook=0, e2=381 + 2 * 1250)),
+            ("pawnValue=80", dict(pawn=80, e2=381 + 2 * 1240)),
+        ]
+        for settings, changes in cases:
+            self.assertEqual(self.report_under(settings), report(**changes), settings)
+
+    def test_table_sizes(self):
+        for text, buckets in (("3000000", 2097152), ("0", DEFAULT_TABLE), ("1", 1), ("-8", 1), ("100000", 65536)):
+            player = self.engine(settings=f"nHashTables={text}\nnPawnTables={text}\n")
+            self.assertEqual(player.started()[1], buckets)
+            self.check_search(Board(), player.go("depth 6", "startpos"))
+
+    def test_fixed_depth(self):
+        for text, depth in (("6", 6), ("3", 3), ("0", 7), ("-1", 7)):
+            player = self.ready_engine(settings=f"quickPlay={text}\n")
+            self.assertEqual(player.go("depth 7", "startpos").depth, depth)
+            if depth < 7:
+                self.assertEqual(player.go("infinite", "startpos").depth, depth)
+                self.assertEqual(player.go("wtime 900000 btime 900000", "startpos").depth, depth)
+
+    def test_weights_and_paths(self):
+        player = self.engine(settings="rightToMove=20\nTBPath=/no such/place\r\nbookFile=\n")
+        self.assertEqual(player.read_to("info string TBPath is .*")[-1],
+                         "info string TBPath is /no such/place, including 0-men TBs.")
+        player.send("eval")
+        self.assertEqual(player.read_to("info string eval .*")[-1], "info string eval is: 20")
+
+    def test_files_that_cannot_be_read(self):
+        def filled_with(content):
+            return lambda path: pathlib.Path(path).write_bytes(content)
+
+        for make in (os.mkdir, lambda path: os.symlink("settings.ini", path),
+                     lambda path: os.symlink("/proc/self/mem", path), filled_with(bytes(range(256)) * 5000),
+                     filled_with(b"pawnValue" * 100000)):
+            with tempfile.TemporaryDirectory() as directory:
+                make(os.path.join(directory, "settings.ini"))
+                player = self.ready_engine(directory=directory)
+                player.send("setoption name KingSafety value 100")
+                self.assertEqual(player.ready(), report())
+                self.assertEqual(player.quit(), 0)
+
+    def test_a_directory_that_cannot_be_written(self):
+        player = self.ready_engine(words=("uci_log",), directory="/proc")  # even root makes no file there
+        self.check_search(Board(), player.go("depth 5", "startpos"))
+        self.assertEqual(player.quit(), 0)
+
+
+class EndOfInput(engine.EngineTest):
+    def test_a_limited_search_is_finished_first(self):
+        lines, code = self.run_with("uci\nposition startpos\ngo depth 8\n")
+        self.assertEqual((re.fullmatch(engine.BEST_MOVE, lines[-1]) is not None, code), (True, 0))
+        self.assertIn("info depth 8 ", lines[-2])
+        lines, code = self.run_with("uci\nposition startpos\ngo wtime 9000 btime 9000")
+        self.assertRegex(lines[-1], "^bestmove")
+        self.assertEqual(code, 0)
+
+    def test_an_unlimited_search_is_stopped_and_answers(self):
+        for search in ("infinite", "ponder wtime 1000 btime 1000", "ponder infinite", "ponder depth 5"):
+            lines, code = self.run_with(f"uci\nposition fen {PAWN_ENDING}\ngo {search}\n")
+            self.assertRegex(lines[-1], "^bestmove", search)
+            self.assertEqual(code, 0)
+
+    def test_quit_during_a_search(self):
+        for search in ("infinite", "ponder", "depth 40", "wtime 900000 btime 900000"):
+            player = self.ready_engine()
+            player.send("position startpos", "go " + search)
+            player.read_to("info depth 5 .*")
+            self.assertEqual(player.quit(), 0)
+            self.assertEqual(segments_of(player), set())
+
+    def test_an_interface_that_goes_away(self):
+        for end in (lambda player: player.send("stop", "quit"), engine.Engine.end_input):
+            reading, writing = os.pipe()
+            player = self.engine(stdout=writing)
+            os.close(writing)
+            player.send("position startpos", "go infinite")
+            os.read(reading, 100)
+            os.close(reading)
+            end(player)
+            self.assertEqual(player.wait(), 0)
+
+
+class Signals(engine.EngineTest):
+    def test_signals_that_end_the_process(self):
+        for number, told in ((signal.SIGINT, 0), (signal.SIGTERM, 6), (signal.SIGHUP, 2)):
+            for busy in (False, True):
+                player = self.ready_engine()
+                player.send("position startpos moves e2e4 c7c5")
+                if busy:
+                    player.send("go infinite")
+                    player.read_to("info depth 6 .*")
+                player.ready()
+                player.signal(number)
+                lines = player.read_all()
+                told_lines = [line for line in lines if re.match("handler|board", line)]  # a search may end meanwhile
+                self.assertEqual(told_lines[0], f"handler called with signal {told}")
+                self.assertRegex(told_lines[1], "^board: [pnbrqkPNBRQK1-8/]+ [wb] ")
+                self.assertEqual(len(told_lines), 2)
+                self.assertEqual(player.wait(), -number)
+                self.assertEqual(segments_of(player), set())
+
+    def test_the_break_key_changes_nothing(self):
+        player = self.ready_engine()
+        player.send("position startpos", "go depth 9")
+        player.process.send_signal(signal.SIGQUIT)
+        self.check_search(Board(), player.answer())
+        player.process.send_signal(signal.SIGQUIT)
+        self.assertEqual(player.ready(), [])
+        self.assertEqual(player.quit(), 0)
+
+
+class SharedTables(engine.EngineTest):
+    def test_engines_side_by_side(self):
+        players = [self.engine() for _ in range(3)]
+        ids = [player.started()[0] for player in players]
+        self.assertEqual(len(set(ids)), 3)
+        self.assertGreaterEqual(min(ids), 1234000)
+        self.assertEqual(segments_of(*players), set(ids))
+        for player in players:
+            player.send("position startpos", "go depth 6")
+        lines = {tuple(player.answer().without_times()) for player in players}
+        self.assertEqual(len(lines), 1)  # no engine sees another's table
+        for player in players:
+            self.assertEqual(player.quit(), 0)
+        self.assertEqual(segments_of(*players), set())
+
+    def test_a_killed_engine_leaves_nothing_for_long(self):
+        victim = self.engine()
+        table, _ = victim.started()
+        victim.signal(signal.SIGKILL)
+        victim.wait()
+        self.assertEqual(segments_of(victim), {table})
+        heirs = []
+        while not heirs or heirs[-1].started()[0] < table:  # ids below may have been set free by others
+            heirs.append(self.engine())
+            self.assertLess(len(heirs), 64)
+        self.assertEqual(segments_of(victim), set())
+        for heir in heirs:
+            self.assertEqual(heir.quit(), 0)
+        self.assertEqual(segments_of(victim, *heirs), set())
+
+    def test_joining_a_live_table(self):
+        owner = self.engine(settings="nHashTables=65536\n")
+        table, buckets = owner.started()
+        self.assertTrue(owner.go("depth 8", "startpos").best)
+        guest = self.engine("sharehash", str(table), str(buckets), words=())
+        self.assertIn(f"Sharing hashtable with id {table}...", guest.ready())
+        alone = self.ready_engine(settings="nHashTables=65536\n").go("depth 8", "startpos").nodes
+        self.assertTrue(guest.go("depth 8", "startpos").best)
+        self.assertLess(owner.go("depth 8", "startpos").nodes, alone // 2)  # the guest's work serves the owner
+        self.assertEqual(owner.quit(), 0)
+        self.check_search(Board(), guest.go("depth 6", "startpos"))  # and the table outlives its owner
+        self.assertEqual(guest.quit(), 0)
+        self.assertEqual(segments_of(owner, guest), set())
+
+    def test_a_table_that_cannot_be_joined(self):
+        owner = self.engine(settings="nHashTables=1024\n")
+        table, _ = owner.started()
+        for arguments in (("1", "16"), ("-1",), ("rubbish", "rubbish"), (), (str(table), "1048576"),
+                          ("99999999999999999999", "99999999999999999999")):
+            guest = self.engine("sharehash", *arguments, words=())
+            guest.expected_end.add(1)
+            try:
+                guest.send("position startpos", "go depth 5")
+                guest.end_input()
+            except BrokenPipeError:  # it has gone already
+                pass
+            lines = guest.read_all()
+            refused = "Could not map the file! Exiting now..." in lines
+            self.assertTrue(refused or lines and "bestmove" in lines[-1], (arguments, lines))
+            guest.wait()
+        self.check_search(Board(), owner.go("depth 6", "startpos"))
+
+
+if __name__ == "__main__":
+    engine.main()

@@ -1,0 +1,95 @@
+"""Commands at every moment of a search, also under the thread sanitizer. Seeds are fixed, moments are not."""
+
+import random
+import signal
+import time
+import unittest
+
+import engine
+from rules import Board
+
+# Searched to depth 9, where a stop first counts, within milliseconds.
+POSITIONS = [
+    "8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - - 0 1",
+    "8/8/4k3/8/8/3K4/4P3/8 w - - 0 1",
+    "8/5pk1/6p1/8/8/6P1/5PK1/8 b - - 0 1",
+    "8/8/8/3k4/8/3K4/3R4/8 w - - 0 1",
+    "6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1",
+    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+]
+SEARCHES = ["infinite", "ponder wtime 60 btime 60", "ponder wtime 9000 btime 9000", "ponder depth 6", "depth 5",
+            "depth 12", "wtime 40 btime 40", "wtime 2000 btime 2000 winc 5 binc 5", "movetime 50", "ponder infinite"]
+
+
+class StressThreads(engine.EngineTest):
+    def stress(self, seed, searches, settings):
+        """Each `go` gets exactly one answer, whatever comes in at whatever moment."""
+        chance = random.Random(seed)
+        player = self.ready_engine(settings=settings)
+        for _ in range(searches):
+            fen = chance.choice(POSITIONS)
+            player.send(f"position fen {fen}", "go " + chance.choice(SEARCHES))
+            for _ in range(chance.randint(0, 3)):
+                time.sleep(chance.choice((0, 0, chance.random() * 0.01)))
+                player.send(chance.choice(("isready", "ponderhit", "eval", "isready", "setoption name Dummy2 value 1",
+                                           "setoption name ClearHash", "mirror", "fen 8/8/8/8/8/k7/8/K7 w - -")))
+            time.sleep(chance.choice((0, 0, chance.random() * 0.02)))
+            # A new position ends the old search with its answer; it must not spoil that answer.
+            player.send(chance.choice(("stop", "stop", "position startpos", "setoption name Hash value 1",
+                                       "ucinewgame\nstop")))
+            lines = player.read_to("bestmove .*")
+            board = Board(fen)
+            self.assertTrue(board.find(lines[-1].split()[1]), f"{lines[-1]} on {fen}")
+            if chance.random() < 0.5:
+                player.send("setoption name Dummy3 value 1")
+            self.assertFalse([line for line in player.ready() if line.startswith("bestmove")])
+        self.assertEqual(player.quit(), 0)
+
+    def test_commands_at_random_moments(self):
+        for seed in range(4):
+            self.stress(seed, 40, "nHashTables=16384\nnPawnTables=1024\n")
+
+    def test_commands_at_random_moments_of_shallow_searches(self):
+        for seed in range(4):
+            self.stress(10 + seed, 60, "nHashTables=16\nnPawnTables=16\nquickPlay=4\n")
+
+    def test_the_next_command_in_the_instant_of_the_answer(self):
+        player = self.ready_engine(settings="nHashTables=64\n")
+        boards = [Board(fen) for fen in POSITIONS[:4]]
+        for number in range(400):
+            board = boards[number % 4]
+            player.send(f"position fen {board.fen()}", "go depth 5" if number % 3 else "go movetime 1")
+            best = player.read_to("bestmove .*")[-1].split()[1]
+            self.assertTrue(board.find(best), f"search {number}: {best} on {board.fen()}")
+        self.assertEqual(player.quit(), 0)
+
+    def test_a_whole_session_in_one_write(self):
+        player = self.ready_engine(settings="nHashTables=64\n")
+        searches = ("depth 5", "infinite", "ponder", "movetime 5")
+        session = [f"position fen {POSITIONS[number % 4]}\ngo {searches[number % 4]}" for number in range(100)]
+        player.send(*session, "isready", "stop")
+        for number in range(100):
+            best = player.read_to("bestmove .*")[-1].split()[1]
+            self.assertTrue(Board(POSITIONS[number % 4]).find(best), f"search {number}: {best}")
+        self.assertEqual(player.quit(), 0)
+
+    def test_the_end_at_random_moments(self):
+        chance = random.Random(5)
+        for number in range(40):
+            player = self.ready_engine(settings="nHashTables=1024\n")
+            player.send(f"position fen {chance.choice(POSITIONS)}", "go " + chance.choice(SEARCHES))
+            time.sleep(chance.random() * 0.02)
+            end = ("quit", "end", signal.SIGTERM, signal.SIGINT)[number % 4]
+            if end == "quit":
+                self.assertEqual(player.quit(), 0)
+            elif end == "end":
+                player.end_input()
+                self.assertEqual(sum(line.startswith("bestmove") for line in player.read_all()), 1)
+                self.assertEqual(player.wait(), 0)
+            else:
+                player.signal(end)
+                self.assertEqual(player.wait(), -end)
+
+
+if __name__ == "__main__":
+    engine.main()
