@@ -35,7 +35,7 @@ TEST(Checks, WorkedMoves) {
 // Of all plain words from any square to any other those are pseudo-legal that the generators give, and those
 // are legal that leave no king in check.
 TEST(PseudoLegal, AgreesWithTheGenerators) {
-    for (const u64 seed : {61, 62}) {
+    for (const u64 seed : {61u, 62u}) {
         RandomGame game(seed % 2 ? richPosition : "8/2p1p3/8/1P1P1P2/1p1p1p2/8/K1P1P2k/8 w - - 0 1", seed);
         for (int ply = 0; ply < 40; ++ply) {
             MoveList list;

@@ -19,7 +19,7 @@ TEST(MakeMove, EveryMoveOfRandomGamesComesBack) {
     };
     for (const auto& start : starts) {
         const Chess960Scope mode(start.isChess960);
-        for (const u64 seed : {11, 12}) {
+        for (const u64 seed : {11u, 12u}) {
             RandomGame game(start.fen, seed);
             for (int ply = 0; ply < 120; ++ply) {
                 const std::string before = factsOf(searchPosition);
