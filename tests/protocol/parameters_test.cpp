@@ -75,10 +75,10 @@ const std::vector<i32*> numbers = pointersTo(
     doubledRooks, spaceAdvantage, pawnStormValue1, pawnStormValue2, aspirationWindow, maxCompensation,
     storedSettings.maxExtensions, storedSettings.fewMovesExtValue1, storedSettings.fewMovesExtValue2,
     storedSettings.selectivity1, storedSettings.selectivity2, TBdistance, TBCacheSize,
-    factorForAnotherIteration, bookWeights['a'], bookWeights['b'], bookWeights['c'], bookWeights['d'],
-    bookWeights['e'], bookWeights['f'], bookWeights['g'], resignValue, quickPlay, numberOfLocalClients,
-    storedSettings.minDepthRemoteSearch, kingSafety, storedSettings.dummy2, storedSettings.dummy3,
-    storedSettings.showCurrentMove);
+    factorForAnotherIteration, bookWeights[int{'a'}], bookWeights[int{'b'}], bookWeights[int{'c'}],
+    bookWeights[int{'d'}], bookWeights[int{'e'}], bookWeights[int{'f'}], bookWeights[int{'g'}], resignValue,
+    quickPlay, numberOfLocalClients, storedSettings.minDepthRemoteSearch, kingSafety, storedSettings.dummy2,
+    storedSettings.dummy3, storedSettings.showCurrentMove);
 
 TEST(Settings, EveryNumberKeyTakesItsValue) {
     std::istringstream words(numberKeys);
