@@ -56,7 +56,7 @@ void setLevel(std::string_view rest) {
     std::string_view numbers = argumentsOf(rest);
     constexpr i32 mostMinutes = 100000;
     clockValues.levelMoves = takeNumber(numbers);
-    clockValues.levelMinutes = std::min(takeNumber(numbers), mostMinutes);
+    clockValues.levelMinutes = std::clamp(takeNumber(numbers), -mostMinutes, mostMinutes);
     clockValues.levelIncrement = takeNumber(numbers);
     clockValues.remainingCentiseconds = clockValues.levelMinutes * 6000;
     timeControlled = true;

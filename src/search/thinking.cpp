@@ -54,9 +54,16 @@ struct Deepening {
     void run();
 };
 
+// Whole seconds, in milliseconds. No limit is longer than that of an unlimited search, and a clock that has
+// run out leaves none.
+u32 timerInterval(double maxSeconds) {
+    return static_cast<u32>(std::clamp(maxSeconds, 0.0, 2 * unlimitedSeconds)) * 1000;
+}
+
 void onTimeout() {
     searchPorts.observer->timeRanOut();
-    // A ponderhit clears `pondering` and then looks at timeUsedUp; in this order one of the two sees the other.
+    // A ponderhit clears `pondering` and then looks at timeUsedUp; in this order one of the two sees the
+    // other.
     timeUsedUp = true;
     if (!pondering) setStop(stopFromOutside);
 }
@@ -143,7 +150,7 @@ void Deepening::run() {
         lastOutputTime = steadySeconds();
 
         // Step 5. The hard limit holds from the first finished iteration on: a move stands ready now.
-        if (!timer) timer = std::make_unique<CallBackTimer>(static_cast<u32>(maxTime) * 1000, onTimeout);
+        if (!timer) timer = std::make_unique<CallBackTimer>(timerInterval(maxTime), onTimeout);
         if (depth >= minimalDepth) minimalSearchPending = false;
         extension = nextExtension;
     }
