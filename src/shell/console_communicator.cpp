@@ -41,6 +41,7 @@ void ConsoleCommunicator::run() {
         // Interfaces of other systems close a line with two characters.
         if (!line.empty() && line.back() == '\r') line.pop_back();
         send(line, TextDirection::received, false);
+        const std::lock_guard lock(commandMutex);
         dispatch(line);
     }
     finishAtEndOfInput();

@@ -35,6 +35,9 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     // The next word of the protocol detection; empty at the end of input.
     std::string readWord();
 
+    // Held while a command is carried out: whoever has it finds the game as the commands have left it.
+    Mutex commandMutex;
+
   private:
     void log(std::string_view text, TextDirection direction);
 

@@ -1,6 +1,6 @@
 #include "shell/engine.h"
 
-#include <cstdio>
+#include <mutex>
 #include <string>
 
 #include "book/book_settings.h"
@@ -27,6 +27,7 @@
 #include "search/history.h"
 #include "search/process_state.h"
 #include "search/search_control.h"
+#include "search/shared_value.h"
 #include "search/tablebase_port.h"
 #include "search/thinking.h"
 #include "search/thinking_state.h"
@@ -61,12 +62,30 @@ class Shell final : public EngineServices {
 
 Shell shell;
 
-// The break key leaves the engine running; after any other signal the system ends the process.
+// Set when the game stands and commands may come.
+SharedFlag startedUp{false};
+
+// Waits for the command that is being carried out, but not for ever.
+std::unique_lock<Mutex> holdCommands() {
+    constexpr int patienceMs = 1000;
+    std::unique_lock lock(communicator.commandMutex, std::try_to_lock);
+    for (int waited = 0; !lock && waited < patienceMs; ++waited) {
+        sleepMilliseconds(1);
+        lock.try_lock();
+    }
+    return lock;
+}
+
+// The break key leaves the engine running; after any other signal the system ends the process. No command is
+// begun any more from the moment on at which the board is told.
 void consoleControlHandler(int consoleSignal) {
     if (consoleSignal == consoleBreak) return;
     endSearchForShutDown();
+    const std::unique_lock lock = holdCommands();
+    endSearchForShutDown();
     writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
-    writeStandardOutput("board: " + writeFen() + "\n");
+    if (!startedUp) return;
+    if (lock) writeStandardOutput("board: " + writeFen() + "\n");
     shutDownProcess();
 }
 
@@ -152,6 +171,7 @@ void greet() {
 
 [[noreturn]] void mainLoop() {
     greet();
+    startedUp = true;
     if (processRole == roleRoot) {
         communicator.start();
         runThinkingCycle();
