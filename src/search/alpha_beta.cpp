@@ -124,6 +124,27 @@ i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move exclud
     return best;
 }
 
+// All moves of the node, the most promising first. Returns the history table that their tags were made with.
+[[gnu::always_inline]] inline HistoryTable& generateInOrder(SearchFrame& frame, i32 margin, Move hashMove) {
+    generateAllMoves(frame.list);
+    HistoryTable& table = historyTableFor(margin);
+    tagMoves(frame, table, margin, hashMove);
+    sortByTag(frame.list);
+    return table;
+}
+
+struct ChildDepths {
+    i32 full;
+    i32 tried;  // at first
+};
+
+// The depths for the move that has just been made: less by a reduction, or more for a check, never both.
+[[gnu::always_inline]] inline ChildDepths childDepths(i32 newDepth, i32 reduction) {
+    if (reduction > 0) return {newDepth, std::max(newDepth - reduction, 0)};
+    const i32 depth = inCheck() ? newDepth + checkExtension : newDepth;
+    return {depth, depth};
+}
+
 // Steps 1 and 2 of both node functions: the ends that need no look at the position's moves. True with the
 // node's score.
 [[gnu::always_inline]] inline bool endsAtEntry(int ply, i32 beta, i32 depth, i32& score) {
@@ -194,10 +215,7 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
     // Step 6. All moves in the order of their tags; without a known cut move the order of a deep node is
     // drawn by lot.
     MoveList& list = frame.list;
-    generateAllMoves(list);
-    HistoryTable& table = historyTableFor(margin);
-    tagMoves(frame, table, margin, hash.hashMove);
-    sortByTag(list);
+    HistoryTable& table = generateInOrder(frame, margin, hash.hashMove);
     if (depth > shuffleAboveDepth && !hash.hasCutMove) shuffleMoves(list, 0, list.count - 1);
 
     const i32 newDepth = frame.inCheck ? depth - 4 + checkExtension : depth - 4;
@@ -216,13 +234,7 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
         bigMove.startMove();
 
         // Step 8. Reduction, or an extension for a check.
-        i32 full = newDepth;
-        i32 tried = newDepth;
-        if (tag < reducedBelow) {
-            tried = std::max(newDepth - reductionOf(tag), 0);
-        } else if (inCheck()) {
-            full = tried = newDepth + checkExtension;
-        }
+        auto [full, tried] = childDepths(newDepth, tag < reducedBelow ? reductionOf(tag) : 0);
 
         // Step 9. Search the child, in full if the reduced search reaches beta.
         score = -searchZws(ply + 1, 1 - beta, tried);
@@ -281,10 +293,7 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
     // Step 6. All moves in the order of their tags; behind the first the order of a deep node is drawn by
     // lot.
     MoveList& list = frame.list;
-    generateAllMoves(list);
-    HistoryTable& table = historyTableFor(margin);
-    tagMoves(frame, table, margin, hashMove);
-    sortByTag(list);
+    HistoryTable& table = generateInOrder(frame, margin, hashMove);
     if (depth > shuffleAboveDepth) shuffleMoves(list, 1, list.count - 1);
 
     const i32 newDepth = frame.inCheck ? depth - 4 + checkExtension : depth - 4;
@@ -305,13 +314,7 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
         bigMove.startMove();
 
         // Step 8. Reduction, or an extension for a check.
-        i32 full = newDepth;
-        i32 tried = newDepth;
-        if (tag < reducedBelow) {
-            tried = std::max(newDepth - openWindowReduction, 0);
-        } else if (inCheck()) {
-            full = tried = newDepth + checkExtension;
-        }
+        auto [full, tried] = childDepths(newDepth, tag < reducedBelow ? openWindowReduction : 0);
 
         // Step 9. A zero window first, behind the first move.
         if (!openWindow) {
