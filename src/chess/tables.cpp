@@ -1,7 +1,5 @@
 #include "chess/tables.h"
 
-#include <cstdlib>
-
 #include "chess/piece_values.h"
 #include "chess/random.h"
 

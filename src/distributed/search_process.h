@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-
 #include "chess/position.h"
 #include "platform/event.h"
 #include "platform/thread.h"

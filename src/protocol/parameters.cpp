@@ -1,7 +1,6 @@
 #include "protocol/parameters.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <vector>
 
@@ -188,10 +187,6 @@ void storeNumber(const Parameter& parameter, std::string_view value) {
 }
 
 }  // namespace
-
-std::span<Parameter> parameters() {
-    return table;
-}
 
 void initParameters() {
     for (Parameter& parameter : table) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,8 +32,6 @@ struct Parameter {
 
     i32 standard = 0;  // the default of `target`, taken before anything is set
 };
-
-std::span<Parameter> parameters();
 
 // Notes the defaults. Once, before settings and options are read.
 void initParameters();
