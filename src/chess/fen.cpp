@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "chess/attacks.h"
+#include "chess/castling_rights.h"
 #include "chess/side.h"
 
 namespace valku {
 
-bool chess960 = false;
+SharedFlag chess960{false};
 bool arenaCastlingNotation = false;
 bool shredderFen = false;
 
@@ -87,71 +88,6 @@ bool readPlacement(Position& p, std::string_view field) {
     return rank == 0 && file > 7;
 }
 
-// The right for a rook on `square`, if there is such a rook on the king's own home rank.
-template <Color Us>
-void grantRight(Position& p, int square) {
-    using S = Side<Us>;
-    const int king = kingOf<Us>(p);
-    if (S::relativeRank(king) != 0 || p.board[square] != S::rook) return;
-    p.state->castlings[square > king ? S::shortRight : S::longRight] = static_cast<u8>(square);
-}
-
-// The nearest rook of the king's rank in the direction of `step`, or the farthest.
-template <Color Us>
-void grantRightOfRook(Position& p, int step, bool nearest) {
-    using S = Side<Us>;
-    const int king = kingOf<Us>(p);
-    if (S::relativeRank(king) != 0) return;
-    for (int square = king + step; onBoard(square); square += step) {
-        if (p.board[square] != S::rook) continue;
-        grantRight<Us>(p, square);
-        if (nearest) return;
-    }
-}
-
-void readNormalCastlings(Position& p, std::string_view field) {
-    for (const char c : field) {
-        switch (c) {
-            case 'K':
-                grantRight<White>(p, H1);
-                break;
-            case 'Q':
-                grantRight<White>(p, A1);
-                break;
-            case 'k':
-                grantRight<Black>(p, H8);
-                break;
-            case 'q':
-                grantRight<Black>(p, A8);
-                break;
-            default:
-                break;
-        }
-    }
-}
-
-// Rook files as letters; the four usual letters stand for the outermost rooks.
-void readShredderCastlings(Position& p, std::string_view field) {
-    for (const char c : field) {
-        if (c >= 'A' && c <= 'H') {
-            grantRight<White>(p, makeSquare(c - 'A', 0));
-        } else if (c >= 'a' && c <= 'h') {
-            grantRight<Black>(p, makeSquare(c - 'a', 7));
-        } else if (c == 'K' || c == 'Q') {
-            grantRightOfRook<White>(p, c == 'K' ? 1 : -1, false);
-        } else if (c == 'k' || c == 'q') {
-            grantRightOfRook<Black>(p, c == 'k' ? 1 : -1, false);
-        }
-    }
-}
-
-void deriveCastlings(Position& p) {
-    for (const int step : {-1, 1}) {
-        grantRightOfRook<White>(p, step, true);
-        grantRightOfRook<Black>(p, step, true);
-    }
-}
-
 // Kept only where a capture could be carried out: an empty field right behind an enemy pawn.
 template <Color Us>
 bool isEnPassantField(const Position& p, int field) {
@@ -187,42 +123,16 @@ bool setUp(Position& p, const std::vector<std::string_view>& fields) {
     } else if (shredderFen && !arenaCastlingNotation) {
         readShredderCastlings(p, fields[2]);
     } else {
-        deriveCastlings(p);
+        deriveCastlings(p, true);
     }
     readEnPassantField(p, fields[3]);
     if (fields.size() > 4) p.state->fiftyMoves = readFiftyMoves(fields[4]);
-    computeHash(p);
-    computePawnHash(p);
-    computePawnAttacks(p);
-    computeBitboards(p);
+    computeDerived(p);
     return !leftKingInCheck(p);
 }
 
 std::string squareName(int square) {
     return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
-}
-
-std::string castlingField(const Position& p) {
-    struct Right {
-        int index;
-        int normalSquare;
-        char letter;
-    };
-    constexpr Right normalOrder[] = {
-        {whiteShort, H1, 'K'}, {whiteLong, A1, 'Q'}, {blackShort, H8, 'k'}, {blackLong, A8, 'q'}};
-    std::string field;
-    if (chess960) {
-        for (const int right : {whiteLong, whiteShort, blackLong, blackShort}) {
-            const int square = p.state->castlings[right];
-            if (square == noSquare) continue;
-            field += static_cast<char>((right < blackLong ? 'A' : 'a') + fileOf(square));
-        }
-    } else {
-        for (const Right& right : normalOrder) {
-            if (p.state->castlings[right.index] == right.normalSquare) field += right.letter;
-        }
-    }
-    return field.empty() ? "-" : field;
 }
 
 std::string placementField(const Position& p) {
@@ -261,7 +171,7 @@ bool readFen(std::string_view text) {
 std::string writeFen(const Position& p) {
     const int moves = stackedMoves(p) + (&p == &gamePosition ? droppedGameMoves : 0);
     const int epField = p.state->epField;
-    return placementField(p) + (p.sideToMove == White ? " w " : " b ") + castlingField(p) + " " +
+    return placementField(p) + (p.sideToMove == White ? " w " : " b ") + castlingField(p, chess960) + " " +
            (epField == noEpField ? "-" : squareName(epField)) + " " + std::to_string(p.state->fiftyMoves) +
            " " + std::to_string(moves / 2 + 1);
 }
@@ -309,10 +219,7 @@ void mirrorPosition() {
     p.state->fiftyMoves = old.fiftyMoves;
     for (int right = 0; right < 4; ++right)
         p.state->castlings[right] = static_cast<u8>(mirrorRight(old.castlings[right ^ 2]));
-    computeHash(p);
-    computePawnHash(p);
-    computePawnAttacks(p);
-    computeBitboards(p);
+    computeDerived(p);
     droppedGameMoves = 0;
 }
 

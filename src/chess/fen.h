@@ -4,11 +4,12 @@
 #include <string_view>
 
 #include "chess/position.h"
+#include "platform/shared_value.h"
 
 namespace valku {
 
-// How castling is read and written; set by the protocols, never during a search.
-extern bool chess960;               // Chess960 castling text and rights
+// How castling is read and written; set by the protocols.
+extern SharedFlag chess960;         // Chess960 castling text and rights
 extern bool arenaCastlingNotation;  // castling moves are written O-O, and a FEN's castling field is not read
 extern bool shredderFen;            // the protocol in use gives Chess960 castling rights as rook files
 

@@ -182,6 +182,13 @@ void computeBitboards(Position& position) {
     computeBitboardsOf<Black>(position);
 }
 
+void computeDerived(Position& position) {
+    computeHash(position);
+    computePawnHash(position);
+    computePawnAttacks(position);
+    computeBitboards(position);
+}
+
 void computeMaterial(Position& position) {
     computeMaterialOf<White>(position);
     computeMaterialOf<Black>(position);

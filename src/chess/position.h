@@ -92,6 +92,9 @@ void computePawnHash(Position& position);
 void computePawnAttacks(Position& position);
 void computeBitboards(Position& position);
 
+// All four of them, for a board that has been set up man by man.
+void computeDerived(Position& position);
+
 // The material sums under the current piece values; needed when a value setting has changed.
 void computeMaterial(Position& position);
 

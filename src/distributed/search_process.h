@@ -2,9 +2,9 @@
 
 #include "chess/position.h"
 #include "platform/event.h"
+#include "platform/shared_value.h"
 #include "platform/thread.h"
 #include "search/search_types.h"
-#include "search/shared_value.h"
 
 namespace valku {
 

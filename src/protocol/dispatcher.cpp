@@ -11,6 +11,7 @@
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
 #include "protocol/uci.h"
+#include "search/output.h"
 #include "search/process_state.h"
 #include "search/search_control.h"
 #include "search/thinking_state.h"
@@ -52,14 +53,25 @@ void setDepth(std::string_view rest) {
     timeControlled = false;
 }
 
+// Moves, base time and increment; the base time in minutes or in minutes and seconds, as in 0:30.
 void setLevel(std::string_view rest) {
     std::string_view numbers = argumentsOf(rest);
     constexpr i32 mostMinutes = 100000;
     clockValues.levelMoves = takeNumber(numbers);
+    const std::string_view base = numbers.substr(0, numbers.find(' '));
+    const std::size_t colon = base.find(':');
+    const i32 seconds = colon == std::string_view::npos ? 0 : readNumber(base.substr(colon + 1));
     clockValues.levelMinutes = std::clamp(takeNumber(numbers), -mostMinutes, mostMinutes);
+    clockValues.levelSeconds = std::clamp(seconds, 0, 60 * mostMinutes);
     clockValues.levelIncrement = takeNumber(numbers);
-    clockValues.remainingCentiseconds = clockValues.levelMinutes * 6000;
+    clockValues.remainingCentiseconds = clockValues.levelMinutes * 6000 + clockValues.levelSeconds * 100;
     timeControlled = true;
+}
+
+// An interface knows what it sends; a person is told.
+void fen(std::string_view rest) {
+    if (!isSettled() || setFen(argumentsOf(rest)) || protocolMode != protocolConsole) return;
+    sendText("Error: this is no legal position; the old one stays\n");
 }
 
 void hard(std::string_view) {
@@ -110,7 +122,7 @@ constexpr Command commands[] = {
     {"undo", Match::whole, [](std::string_view) { undo(); }},
     {"remove", Match::whole, [](std::string_view) { undoTwice(); }},
     {"edit", Match::whole, nullptr},
-    {"fen", Match::prefix, [](std::string_view rest) { setFen(argumentsOf(rest)); }},
+    {"fen", Match::prefix, fen},
     {"importbook", Match::prefix, nullptr},
     {"pgn2book", Match::prefix, nullptr},
     {"writebook", Match::prefix, nullptr},

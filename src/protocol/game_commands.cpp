@@ -19,7 +19,6 @@ namespace valku {
 namespace {
 
 constexpr i32 newGameDepth = 10;
-constexpr i32 analysisDepth = 100;
 
 void takeBack(int moves) {
     stopThinking();
@@ -62,10 +61,11 @@ void undoTwice() {
     takeBack(2);
 }
 
-void setFen(std::string_view fen) {
-    if (!isSettled() || !readFen(fen)) return;
+bool setFen(std::string_view fen) {
+    if (!readFen(fen)) return false;
     snapshotKings();
     printBoard();
+    return true;
 }
 
 void mirror() {

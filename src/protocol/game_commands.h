@@ -13,7 +13,10 @@ void newGame();
 void force();
 void undo();
 void undoTwice();
-void setFen(std::string_view fen);
+
+// False, with the old position kept, if the text is no position. The engine must be idle.
+bool setFen(std::string_view fen);
+
 void mirror();
 void showEvaluation();
 void analyze();

@@ -88,17 +88,23 @@ void playReceivedMove(Move move) {
     printBoard();
 }
 
+// As long as `pondering` is set the search answers nothing, so the board with the expected move stands still.
+void receiveExpectedMove() {
+    checkGameEnd(false);
+    printBoard();
+    pondering = false;
+    if (timeUsedUp) moveNow();
+}
+
 void receiveWhilePondering(const ReceivedMove& received) {
     if (isExpectedMove(received)) {
-        pondering = false;
-        if (timeUsedUp) moveNow();
+        receiveExpectedMove();
         return;
     }
     stopPondering();
     const Move move = lookUp(received);
     if (move == nullMove) return;
-    playGameMove(move);
-    snapshotKings();
+    playReceivedMove(move);
     goCommand("");
 }
 

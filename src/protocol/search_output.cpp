@@ -16,7 +16,7 @@
 
 namespace valku {
 
-bool computerOpponent = false;
+SharedFlag computerOpponent{false};
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/shared_value.h"
 #include "search/search_ports.h"
 
 namespace valku {
@@ -63,6 +64,6 @@ class ConsoleOutput final : public SearchOutput {
 // The one that speaks the protocol of this process.
 SearchObserver* searchOutput();
 
-extern bool computerOpponent;  // XBoard: kibitz instead of whisper
+extern SharedFlag computerOpponent;  // XBoard: kibitz instead of whisper
 
 }  // namespace valku

@@ -2,8 +2,8 @@
 
 #include "chess/types.h"
 #include "platform/event.h"
+#include "platform/shared_value.h"
 #include "platform/thread.h"
-#include "search/shared_value.h"
 
 namespace valku {
 

@@ -25,7 +25,7 @@ bool cannotMate(const Position& p) {
 }  // namespace
 
 GameEnd findGameEnd(bool claim) {
-    Position& p = gamePosition;
+    Position p(gamePosition);  // a ponder search may be at work on the original
     if (claim) {
         if (p.state->fiftyMoves >= 100) return GameEnd::fiftyMoves;
         if (occurredTwiceBefore(p)) return GameEnd::repetition;

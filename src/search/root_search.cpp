@@ -19,6 +19,7 @@
 
 namespace valku {
 
+Position rootPosition;
 MoveList rootMoves;
 
 namespace {
@@ -67,7 +68,7 @@ void reportEmptyWindow(i32 alpha, i32 beta, i32 depth) {
 }
 
 i32 rootStaticEval() {
-    searchPosition = gamePosition;
+    searchPosition = rootPosition;
     computeRootMobility();
     const i32 value = evaluate();
     return searchPosition.sideToMove == White ? value : -value;
@@ -102,7 +103,8 @@ void clearSearchTables() {
 }
 
 void prepareRootSearch() {
-    generateAllMoves(gamePosition, rootMoves);
+    rootPosition = gamePosition;
+    generateAllMoves(rootPosition, rootMoves);
     std::fill(rootMoves.scores, rootMoves.scores + rootMoves.count, 0);
     rootNodeCounts.clear();
     std::fill(std::begin(bestAtIteration), std::end(bestAtIteration), nullMove);
@@ -132,28 +134,28 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
         const Move move = rootMoves.moves[i];
 
         // Step 1. Make the move.
-        makeMove(gamePosition, move);
-        if (leftKingInCheck(gamePosition)) {
-            unmakeMove(gamePosition);
+        makeMove(rootPosition, move);
+        if (leftKingInCheck(rootPosition)) {
+            unmakeMove(rootPosition);
             rootMoves.scores[i] = illegalMoveScore;
             continue;
         }
         ++legalSeen;
-        searchPorts.observer->rootMoveBegun(depth, move, legalSeen, gamePosition.state[-1]);
+        searchPorts.observer->rootMoveBegun(depth, move, legalSeen, rootPosition.state[-1]);
 
         // Step 2. A zero window behind the first move, a ply less deep for a late move with a bad history.
         if (legalSeen > 1 && depth >= 3) {
-            const bool badHistory = table.values[gamePosition.board[moveTo(move)]][moveTo(move)] < 0;
+            const bool badHistory = table.values[rootPosition.board[moveTo(move)]][moveTo(move)] < 0;
             const i32 plies = i > neverReduced && badHistory ? depth - 2 : depth - 1;
             const SearchResult result =
-                searchPorts.splitRootSearch(gamePosition, -alpha - 1, -alpha, quarterPlies(plies), true);
+                searchPorts.splitRootSearch(rootPosition, -alpha - 1, -alpha, quarterPlies(plies), true);
             totalNodes += result.nodes;
             if (stopSignalOutside()) {
-                unmakeMove(gamePosition);
+                unmakeMove(rootPosition);
                 return stopValue;
             }
             if (-result.value <= alpha) {
-                unmakeMove(gamePosition);
+                unmakeMove(rootPosition);
                 continue;
             }
         }
@@ -161,15 +163,15 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
         // Step 3. The open window, wider and wider as long as the move fails high.
         for (int failHighs = 0;; ++failHighs) {
             const SearchResult result =
-                searchPorts.splitRootSearch(gamePosition, -beta, -alpha, quarterPlies(depth) - 4, false);
+                searchPorts.splitRootSearch(rootPosition, -beta, -alpha, quarterPlies(depth) - 4, false);
             if (stopSignalOutside()) {
-                unmakeMove(gamePosition);
+                unmakeMove(rootPosition);
                 return stopValue;
             }
             const i32 score = -result.value;
             rootMoves.scores[i] = score;
             countOpenWindowJob(result, move);
-            unmakeMove(gamePosition);
+            unmakeMove(rootPosition);
             if (score < beta) {
                 if (score > alpha) {
                     alpha = score;
@@ -181,7 +183,7 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
             sendMainLine(depth, move, score, lineBehind(move, result.pv), true);
             alpha = score - 1;
             beta = std::min(alpha + (aspirationWindow << std::min(failHighs, 20)), mateScore);
-            makeMove(gamePosition, move);
+            makeMove(rootPosition, move);
         }
     }
     return alpha;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "chess/types.h"
+#include "chess/position.h"
 
-// One iteration over the root moves of gamePosition, and what a job does at its two ends.
+// One iteration over the root moves, and what a job does at its two ends.
 
 namespace valku {
 
@@ -13,8 +13,13 @@ void computeRootMobility();
 // The start of every job: root mobility, and no killers from the root move before.
 void clearSearchTables();
 
-// Generates the root moves of gamePosition into rootMoves and forgets what an earlier search knew of its own.
+// Copies gamePosition to rootPosition, generates its moves into rootMoves and forgets what an earlier search
+// knew of its own.
 void prepareRootSearch();
+
+// The board on which the root moves are made and taken back. gamePosition itself stands still during a
+// search, so that the thread that reads commands can look at it.
+extern Position rootPosition;
 
 extern MoveList rootMoves;  // scores[i]: the last open-window value of move i, -mateScore for an illegal one
 

@@ -36,6 +36,7 @@ bool hasLimit() {
 }  // namespace
 
 void (*ponderingTakenBack)() = nothingToShow;
+SharedFlag shutDownBegun{false};
 
 void requestSearch() {
     clearAllStops();
@@ -47,16 +48,24 @@ void requestSearch() {
     goEvent.signal();
 }
 
+void expectSearchEnd() {
+    stopAckEvent.reset();
+    stopAckWanted = true;
+}
+
+void awaitSearchEnd() {
+    stopAckEvent.wait();
+    stopAckWanted = false;
+}
+
 void haltSearch() {
     {
         const std::lock_guard lock(endOfSearchMutex);
         if (!searchRunning) return;
-        stopAckEvent.reset();
-        stopAckWanted = true;
+        expectSearchEnd();
         setStop(stopFromOutside);
     }
-    stopAckEvent.wait();
-    stopAckWanted = false;
+    awaitSearchEnd();
 }
 
 void acknowledgeSearchEnd() {
@@ -111,7 +120,7 @@ void finishThinking() {
 }
 
 bool isSettled() {
-    while (thinkingActive && answerGiven) awaitIdle();
+    while (thinkingActive && answerGiven) sleepMilliseconds(1);
     return !thinkingActive;
 }
 
@@ -128,6 +137,7 @@ void finishAtEndOfInput() {
 
 void endSearchForShutDown() {
     constexpr int patienceMs = 2000;
+    shutDownBegun = true;
     noAutoPonder = true;
     for (int waited = 0; searchRunning && waited < patienceMs; ++waited) {
         abortThinking = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "chess/types.h"
+#include "platform/shared_value.h"
 
 // Starting and ending search cycles from the thread that reads the commands. A wake-up is never lost: whoever
 // waits for an end has said so before the end can come.
@@ -34,6 +34,14 @@ void finishAtEndOfInput();
 
 // Ends a running search so that its tables can be given back; waits for at most two seconds. Any thread.
 void endSearchForShutDown();
+
+// The two together run a search and wait for its end: the first before the request, so that the end of a very
+// short search is not missed. In between nobody else may wait for an end.
+void expectSearchEnd();
+void awaitSearchEnd();
+
+// The process is about to end; long work that starts one search after the other leaves off.
+extern SharedFlag shutDownBegun;
 
 // The thinking thread's side: the output of a search is complete.
 void acknowledgeSearchEnd();

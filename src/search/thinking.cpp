@@ -42,6 +42,9 @@ struct Deepening {
     i32 scores[maxIterations + 2] = {};
     std::unique_ptr<CallBackTimer> timer{};
 
+    // A search that only ends from outside.
+    bool isEndless() const { return pondering || (analyzing && depthLimit == analysisDepth); }
+
     bool isTimeForMore() const {
         if (scheduled == unlimitedSeconds) return true;
         return (steadySeconds() - startTime) * timeFactor < extension * scheduled;
@@ -121,10 +124,11 @@ void Deepening::judgeStability() {
 
 void Deepening::run() {
     for (i32 depth = 2;; ++depth) {
-        // Step 1. Time and depth for another iteration? A ponder search goes on all the same.
+        // Step 1. Time and depth for another iteration? A ponder search goes on all the same, and an
+        // analysis.
         if (depth > depthLimit || !isTimeForMore()) {
             timeUsedUp = true;
-            if (!pondering) return;
+            if (!isEndless()) return;
         }
         timeFactor = baseTimeFactor;
         double nextExtension = 1.0;
@@ -158,7 +162,7 @@ void Deepening::run() {
 
 // The result of the first iteration that the loop does not run.
 i32 quiesceRoot() {
-    searchPosition = gamePosition;
+    searchPosition = rootPosition;
     computeRootMobility();
     return quiescePv(1, -mateScore, mateScore, 0);
 }
@@ -166,9 +170,9 @@ i32 quiesceRoot() {
 // So that a legal move stands ready, whatever comes later.
 Move findFirstLegalMove() {
     for (i32 i = 0; i < rootMoves.count; ++i) {
-        makeMove(gamePosition, rootMoves.moves[i]);
-        const bool legal = !leftKingInCheck(gamePosition);
-        unmakeMove(gamePosition);
+        makeMove(rootPosition, rootMoves.moves[i]);
+        const bool legal = !leftKingInCheck(rootPosition);
+        unmakeMove(rootPosition);
         if (legal) return rootMoves.moves[i];
     }
     return nullMove;
@@ -203,13 +207,21 @@ void playBestMove() {
     searchPorts.observer->moveMade();
 }
 
+// The stops are cleared before anyone can mean the ponder search with one, and a move from outside is let in
+// only when the whole state is there.
 void ponderExpectedReply() {
-    searchRunning = true;
-    answerGiven = false;
     clearAllStops();
     minimalSearchPending = true;
     playGameMove(mainLine.moves[1]);
     pondering = true;
+    searchRunning = true;
+    answerGiven = false;
+}
+
+// The expected reply ends the game. The state stays that of a ponder search until the reply comes or another.
+void awaitEndOfPondering() {
+    minimalSearchPending = false;
+    while (pondering && protocolMode != protocolUci && !stopSignalOutside()) sleepMilliseconds(1);
 }
 
 }  // namespace
@@ -235,7 +247,7 @@ void think(i32 depthLimit, double scheduledSeconds) {
                         .scheduled = scheduledSeconds};
     deepening.scores[1] = quiesceRoot();
     bestMove = findFirstLegalMove();
-    const i32 legalMoves = countLegalMoves(gamePosition, rootMoves);
+    const i32 legalMoves = countLegalMoves(rootPosition, rootMoves);
     setTimeLimits(deepening, legalMoves);
     deepening.baseTimeFactor = factorForAnotherIteration / 100.0;
     deepening.timeFactor = deepening.baseTimeFactor;
@@ -246,7 +258,10 @@ void think(i32 depthLimit, double scheduledSeconds) {
         if (deepening.timer) deepening.timer->cancel();
         deepening.timer.reset();
         timeUsedUp = false;
+        gamePosition = rootPosition;  // the same position; its lists stand as the search leaves them
         if (protocolMode == protocolUci || !(pondering || abortThinking)) playBestMove();
+    } else {
+        awaitEndOfPondering();
     }
     acknowledgeSearchEnd();
 }

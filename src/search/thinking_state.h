@@ -3,8 +3,8 @@
 #include "chess/types.h"
 #include "platform/clock.h"
 #include "platform/event.h"
+#include "platform/shared_value.h"
 #include "search/search_types.h"
-#include "search/shared_value.h"
 
 // The flags by which the thread that reads commands and the thread that thinks deal with each other. There is
 // no one variable for the state; idle, thinking, pondering and analysing are read from the flags:
@@ -37,6 +37,9 @@ extern SharedFlag timeControlled;        // time management decides; otherwise m
 extern SharedFlag easyMode;              // no self-pondering
 extern SharedFlag fritzMode;             // "hard" has no effect
 extern SharedNumber maxDepth;            // plies; of searches that are not timed
+
+// maxDepth of an analysis. It does not end there by itself, but repeats its last iteration.
+constexpr i32 analysisDepth = 100;
 
 enum EngineSide : int { engineWhite = 0, engineBlack = 1, engineNone = 2 };
 extern int engineSide;

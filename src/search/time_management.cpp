@@ -40,7 +40,7 @@ double scheduleLevelTime() {
     const i32 levelMoves = clockValues.levelMoves;
     const i32 moves = levelMoves <= 0 || levelMoves > 70 ? 70 : levelMoves;
     const i32 played = (stackedMoves(gamePosition) + droppedGameMoves) / 2;
-    const double baseSeconds = clockValues.levelMinutes * 60.0;
+    const double baseSeconds = clockValues.levelMinutes * 60.0 + clockValues.levelSeconds;
     // Without a base time there is no share of it to speak of: the whole of `perMove` may go.
     const double share = baseSeconds > 0 ? increment * 20.0 / baseSeconds + 0.25 + played / 100.0 : 1.0;
     const double perMove = remaining / (moves * 14.0 / 70.0 * 100.0) + increment;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "chess/types.h"
-#include "search/shared_value.h"
+#include "platform/shared_value.h"
 
 // How long a search may take. Two numbers in seconds: the schedule decides whether another iteration is
 // begun; the hard limit stops the search wherever it stands.
@@ -13,7 +13,8 @@ namespace valku {
 struct ClockValues {
     SharedNumber remainingCentiseconds{0};  // XBoard and console
     SharedNumber levelMoves{0};             // moves of the control, 0 for sudden death
-    SharedNumber levelMinutes{5};
+    SharedNumber levelMinutes{5};           // the base time is the sum of both
+    SharedNumber levelSeconds{0};
     SharedNumber levelIncrement{0};  // seconds
 
     i32 wtime = 0;  // UCI, milliseconds

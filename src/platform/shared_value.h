@@ -1,14 +1,13 @@
 #pragma once
 
 #include <atomic>
-
-#include "chess/types.h"
+#include <cstdint>
 
 namespace valku {
 
-// A value that one thread writes and another polls. All accesses stand in one order that every thread sees:
-// of two threads that each set a value and then look at the other's, at least one sees it. Reading costs
-// nothing extra on x86.
+/// A value that one thread writes and another polls. All accesses stand in one order that every thread sees:
+/// of two threads that each set a value and then look at the other's, at least one sees it. Reading costs
+/// nothing extra on x86.
 template <class T>
 class SharedValue {
   public:
@@ -25,6 +24,6 @@ class SharedValue {
 };
 
 using SharedFlag = SharedValue<bool>;
-using SharedNumber = SharedValue<i32>;
+using SharedNumber = SharedValue<std::int32_t>;
 
 }  // namespace valku
