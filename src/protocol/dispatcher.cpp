@@ -5,6 +5,7 @@
 
 #include "chess/fen.h"
 #include "chess/number_text.h"
+#include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/parameters.h"
@@ -121,7 +122,7 @@ constexpr Command commands[] = {
     {"force", Match::whole, [](std::string_view) { force(); }},
     {"undo", Match::whole, [](std::string_view) { undo(); }},
     {"remove", Match::whole, [](std::string_view) { undoTwice(); }},
-    {"edit", Match::whole, nullptr},
+    {"edit", Match::whole, [](std::string_view) { beginEdit(); }},
     {"fen", Match::prefix, fen},
     {"importbook", Match::prefix, nullptr},
     {"pgn2book", Match::prefix, nullptr},
@@ -196,6 +197,10 @@ bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
 }  // namespace
 
 void dispatch(const std::string& line) {
+    if (editMode) {
+        editCommand(line);
+        return;
+    }
     if (dispatchAmong(commands, line)) return;
     if (isMoveText(line)) {
         receiveMove(line, false);

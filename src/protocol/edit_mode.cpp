@@ -1,0 +1,114 @@
+#include "protocol/edit_mode.h"
+
+#include <string>
+
+#include "chess/edited_board.h"
+#include "protocol/board_output.h"
+#include "protocol/game_snapshot.h"
+#include "protocol/search_output.h"
+#include "search/output.h"
+#include "search/process_state.h"
+#include "search/search_control.h"
+
+namespace valku {
+
+bool editMode = false;
+
+namespace {
+
+EditedBoard board;
+Color placedColor = White;
+bool boardTaken = false;
+
+struct Fault {
+    BoardFault fault;
+    const char* text;
+};
+
+constexpr Fault faults[] = {
+    {BoardFault::kings, "each side must have exactly one king"},
+    {BoardFault::tooManyMen, "a side has more men than there are"},
+    {BoardFault::pawnRank, "a pawn stands on the first or last rank"},
+    {BoardFault::check, "the side that is not to move is in check"},
+};
+
+struct PieceCode {
+    char letter;
+    u8 white;
+    u8 black;
+};
+
+constexpr PieceCode pieceCodes[] = {
+    {'P', WhitePawn, BlackPawn}, {'N', WhiteKnight, BlackKnight}, {'B', WhiteBishop, BlackBishop},
+    {'R', WhiteRook, BlackRook}, {'Q', WhiteQueen, BlackQueen},   {'K', WhiteKing, BlackKing},
+};
+
+// A board that the engine was too busy to hand over is taken later.
+bool isBoardAtHand() {
+    if (!isSettled()) return false;
+    if (!boardTaken) {
+        board.take(gamePosition);
+        boardTaken = true;
+    }
+    return true;
+}
+
+void refuse(BoardFault found) {
+    std::string text = "Error: ";
+    if (protocolMode == protocolXboard) text = "tellusererror Illegal position: ";
+    if (protocolMode == protocolUci) text = "info string Error: ";
+    for (const Fault& row : faults) {
+        if (row.fault == found) text += row.text;
+    }
+    sendText(text + "; the position stays as it was\n");
+}
+
+void finishEdit() {
+    if (!isBoardAtHand()) return;
+    const BoardFault fault = board.setUp(static_cast<Color>(gamePosition.sideToMove));
+    if (fault != BoardFault::none) {
+        refuse(fault);
+        return;
+    }
+    computerOpponent = false;
+    snapshotKings();
+    printBoard();
+}
+
+void placeMan(std::string_view line) {
+    if (line.size() < 3) return;
+    const int file = line[1] - 'a';
+    const int rank = line[2] - '1';
+    if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
+    for (const PieceCode& row : pieceCodes) {
+        if (row.letter == line[0])
+            board.place(placedColor == White ? row.white : row.black, makeSquare(file, rank));
+    }
+}
+
+}  // namespace
+
+void beginEdit() {
+    editMode = true;
+    boardTaken = false;
+    placedColor = White;
+    isBoardAtHand();
+}
+
+void editCommand(std::string_view line) {
+    if (line == ".") {
+        finishEdit();
+        editMode = false;
+        return;
+    }
+    if (!isBoardAtHand()) return;
+    if (line == "c") {
+        placedColor = ~placedColor;
+    } else if (line == "#") {
+        board.clear();
+    } else {
+        placeMan(line);
+    }
+}
+
+}  // namespace valku
