@@ -16,7 +16,8 @@ LEVELS = [
     ["eval"],
     ["search"],
     ["distributed", "book", "tablebases"],
-    ["protocol", "tools"],
+    ["protocol"],
+    ["tools"],
     ["shell"],
 ]
 LEVEL_OF = {folder: level for level, folders in enumerate(LEVELS) for folder in folders}

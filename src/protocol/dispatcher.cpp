@@ -11,6 +11,7 @@
 #include "protocol/parameters.h"
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
+#include "protocol/tool_port.h"
 #include "protocol/uci.h"
 #include "search/output.h"
 #include "search/process_state.h"
@@ -160,8 +161,8 @@ constexpr Command commands[] = {
     {"mirror", Match::whole, [](std::string_view) { mirror(); }},
     {"variant fischerandom", Match::whole, [](std::string_view) { chess960 = !chess960; }},
     {"testeval", Match::prefix, nullptr},
-    {"benchmark", Match::prefix, nullptr},
-    {"benchfromfile", Match::prefix, nullptr},
+    {"benchmark", Match::prefix, [](std::string_view rest) { toolPort.benchmark(rest); }},
+    {"benchfromfile", Match::prefix, [](std::string_view rest) { toolPort.benchFromFile(rest); }},
     {"checkMissEvals", Match::prefix, nullptr},
     {"gameStats", Match::prefix, nullptr},
     {"generateTestposEval", Match::prefix, nullptr},

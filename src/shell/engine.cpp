@@ -22,6 +22,7 @@
 #include "protocol/hash_report.h"
 #include "protocol/parameters.h"
 #include "protocol/search_output.h"
+#include "protocol/tool_port.h"
 #include "protocol/uci.h"
 #include "protocol/xboard.h"
 #include "search/hash_table.h"
@@ -33,6 +34,7 @@
 #include "search/thinking_state.h"
 #include "shell/console_communicator.h"
 #include "shell/settings_file.h"
+#include "tools/benchmark.h"
 
 namespace valku {
 
@@ -129,6 +131,7 @@ void connectPorts() {
         snapshotKings();
         printBoard();
     };
+    toolPort = {.benchmark = benchmark, .benchFromFile = benchFromFile};
     searchPorts = {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,

@@ -1,0 +1,7 @@
+#include "protocol/tool_port.h"
+
+namespace valku {
+
+ToolPort toolPort{};
+
+}  // namespace valku

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+namespace valku {
+
+// The commands of the tools, which stand above the front-ends. Handed in at start-up; called with the text
+// behind the command's word, on the thread that reads the commands.
+struct ToolPort {
+    void (*benchmark)(std::string_view arguments);
+    void (*benchFromFile)(std::string_view arguments);
+};
+
+extern ToolPort toolPort;
+
+}  // namespace valku

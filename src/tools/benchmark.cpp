@@ -1,0 +1,155 @@
+#include "tools/benchmark.h"
+
+#include <algorithm>
+#include <fstream>
+#include <limits>
+
+#include "chess/number_text.h"
+#include "platform/clock.h"
+#include "protocol/engine_services.h"
+#include "protocol/format_text.h"
+#include "protocol/game_commands.h"
+#include "search/output.h"
+#include "search/process_state.h"
+#include "search/search_control.h"
+#include "search/thinking_state.h"
+#include "tools/benchmark_positions.h"
+
+namespace valku {
+
+namespace {
+
+double speed(u64 nodes, double seconds) {
+    constexpr double leastSeconds = 1e-6;
+    return static_cast<double>(nodes) / std::max(seconds, leastSeconds);
+}
+
+i32 depthWithOffset(i64 depth, i64 offset) {
+    constexpr i64 least = std::numeric_limits<i32>::min();
+    constexpr i64 most = std::numeric_limits<i32>::max();
+    return static_cast<i32>(std::clamp(depth + offset, least, most));
+}
+
+bool isRefused() {
+    if (protocolMode == protocolConsole) return false;
+    sendText("Benchmark kann nur im Konsolen-Modus gestartet werden!\n");
+    return true;
+}
+
+// One run over many positions: totals at both ends, and no pondering between the positions.
+class Run {
+  public:
+    Run() : easyBefore(easyMode) {
+        exitAnalysis();
+        easyMode = true;
+        sendText("\nStarting benchmark...\n");
+        totalNodes = 0;
+        totalTbProbes = 0;
+        totalTbHits = 0;
+        began = steadySeconds();
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    void finish() const {
+        const double seconds = steadySeconds() - began;
+        sendText("Knoten gesamt: " + std::to_string(totalNodes) + "\n");
+        sendText(formatText("Zeit gesamt: %.3f\n", seconds));
+        sendText(formatText("KPS: %.0f\n", speed(totalNodes, seconds)));
+        easyMode = easyBefore;
+    }
+
+  private:
+    bool easyBefore;
+    double began;
+};
+
+std::string_view takeWord(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(word.size());
+    return word;
+}
+
+struct FileArguments {
+    std::string name;
+    i32 depthOffset;
+    u64 minNodes;
+};
+
+FileArguments readFileArguments(std::string_view text) {
+    const std::string name(takeWord(text));
+    const i32 offset = readNumber(takeWord(text));
+    const i64 minNodes = readLongNumber(takeWord(text));
+    return {name, offset, static_cast<u64>(std::max<i64>(minNodes, 0))};
+}
+
+void benchLines(std::istream& file, std::ostream& report, const FileArguments& arguments) {
+    for (std::string line; std::getline(file, line) && !shutDownBegun;) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        const i32 depth = depthWithOffset(readNumber(line), arguments.depthOffset);
+        if (line.empty() || depth == 0) break;
+        const std::string fen = line.substr(line.find(':') + 1);
+        const u64 nodes = benchPosition(fen, depth);
+        if (nodes >= arguments.minNodes) report << fen << ": " << nodes << '\n' << std::flush;
+    }
+}
+
+}  // namespace
+
+u64 benchPosition(const std::string& fen, i32 depth) {
+    finishThinking();
+    if (!setFen(fen)) {
+        sendText("_benchMarkAlgorithmPositions(" + fen + "," + std::to_string(depth) +
+                 "): an error occured while loading FEN\n");
+        return 0;
+    }
+    sendText(formatText("Starting benchmarking position with depth %i...\n", depth));
+    const u64 earlierNodes = totalNodes;
+    maxDepth = depth;
+    timeControlled = false;
+
+    const double began = steadySeconds();
+    expectSearchEnd();
+    goCommand("");
+    awaitSearchEnd();
+    const double seconds = steadySeconds() - began;
+
+    const u64 nodes = totalNodes;
+    sendText(formatText("KPS: %.0f\n", speed(nodes, seconds)));
+    totalNodes += earlierNodes;
+    return nodes;
+}
+
+void benchmark(std::string_view arguments) {
+    if (isRefused()) return;
+    const i32 offset = arguments.size() > 1 ? readNumber(arguments.substr(1)) : 0;
+    const Run run;
+    for (const BenchmarkPosition& position : benchmarkPositions) {
+        if (shutDownBegun) return;
+        benchPosition(position.fen, depthWithOffset(position.depth, offset));
+    }
+    run.finish();
+}
+
+void benchFromFile(std::string_view text) {
+    const FileArguments arguments = readFileArguments(text);
+    sendText(arguments.name + " " + std::to_string(arguments.depthOffset) + " " +
+             std::to_string(arguments.minNodes) + "\n");
+    std::ifstream file(arguments.name);
+    std::ofstream report;
+    if (file) report.open(arguments.name + ".log");
+    if (!file || !report) {
+        sendText("Error: could not open " + arguments.name + (file ? ".log\n" : "\n"));
+        engineServices->quit();
+    }
+    if (isRefused()) return;
+    const Run run;
+    benchLines(file, report, arguments);
+    run.finish();
+    report.close();
+    if (!report) sendText("Error: could not write " + arguments.name + ".log\n");
+    engineServices->quit();
+}
+
+}  // namespace valku
