@@ -41,6 +41,7 @@ class SilentObserver final : public SearchObserver {
     void timeRanOut() override {}
     void moveChosen(Move) override {}
     void moveMade() override {}
+    void bookMoveMade(Move, char) override {}
 };
 
 SilentSink sink;

@@ -7,6 +7,7 @@
 
 #include "chess/attacks.h"
 #include "chess/castling_rights.h"
+#include "chess/move_text.h"
 #include "chess/side.h"
 
 namespace valku {
@@ -131,10 +132,6 @@ bool setUp(Position& p, const std::vector<std::string_view>& fields) {
     return !leftKingInCheck(p);
 }
 
-std::string squareName(int square) {
-    return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
-}
-
 std::string placementField(const Position& p) {
     std::string field;
     for (int rank = 7; rank >= 0; --rank) {
@@ -172,7 +169,7 @@ std::string writeFen(const Position& p) {
     const int moves = stackedMoves(p) + (&p == &gamePosition ? droppedGameMoves : 0);
     const int epField = p.state->epField;
     return placementField(p) + (p.sideToMove == White ? " w " : " b ") + castlingField(p, chess960) + " " +
-           (epField == noEpField ? "-" : squareName(epField)) + " " + std::to_string(p.state->fiftyMoves) +
+           (epField == noEpField ? "-" : squareText(epField)) + " " + std::to_string(p.state->fiftyMoves) +
            " " + std::to_string(moves / 2 + 1);
 }
 

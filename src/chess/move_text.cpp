@@ -9,11 +9,6 @@ namespace valku {
 
 namespace {
 
-void appendSquare(std::string& text, int square) {
-    text += static_cast<char>('a' + fileOf(square));
-    text += static_cast<char>('1' + rankOf(square));
-}
-
 char promotionLetter(u8 promotion) {
     switch (promotion) {
         case WhiteKnight:
@@ -38,10 +33,7 @@ const char* castlingText(u32 castling) {
 }
 
 std::string coordinates(Move move) {
-    std::string text;
-    appendSquare(text, moveFrom(move));
-    appendSquare(text, moveTo(move));
-    return text;
+    return squareText(moveFrom(move)) + squareText(moveTo(move));
 }
 
 u8 promotionOf(char letter, Color us) {
@@ -123,6 +115,10 @@ bool namesSquare(char file, char rank) {
 
 }  // namespace
 
+std::string squareText(int square) {
+    return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
+}
+
 std::string moveToText(Move move) {
     const u32 castling = moveCastling(move);
     if (castling && chess960) return castlingText(castling);
@@ -138,10 +134,8 @@ std::string moveToUciText(Move move, const StateRecord& before) {
         const bool white = rankOf(moveTo(move)) == 0;
         const int shortRight = white ? whiteShort : blackShort;
         const int longRight = white ? whiteLong : blackLong;
-        std::string text;
-        appendSquare(text, moveFrom(move));
-        appendSquare(text, before.castlings[castling == shortCastling ? shortRight : longRight]);
-        return text;
+        const u8 rook = before.castlings[castling == shortCastling ? shortRight : longRight];
+        return squareText(moveFrom(move)) + squareText(rook);
     }
     std::string text = coordinates(move);
     if (const char letter = promotionLetter(movePromotion(move)))
@@ -163,6 +157,24 @@ Move textToMove(int from, int to, u32 castling, const Position& position) {
     return nullMove;
 }
 
+Move findLegalMove(int from, int to, const Position& position) {
+    for (const u32 castling : {noCastling, shortCastling, longCastling}) {
+        const Move move = textToMove(from, to, castling, position);
+        if (move != nullMove && isLegal(position, move)) return move;
+    }
+    return nullMove;
+}
+
+Move withPromotion(Move move, u8 piece) {
+    const u8 queen = movePromotion(move);
+    if (queen == WhiteQueen && piece != WhiteKnight && piece != WhiteBishop && piece != WhiteRook)
+        return move;
+    if (queen == BlackQueen && piece != BlackKnight && piece != BlackBishop && piece != BlackRook)
+        return move;
+    if (queen == 0) return move;
+    return (move & ~(Move{0xFF} << 16)) | Move{piece} << 16;
+}
+
 Move uciTextToMove(std::string_view text, const Position& position) {
     const Color us = position.sideToMove == White ? White : Black;
     SquarePair squares{};
@@ -178,11 +190,9 @@ Move uciTextToMove(std::string_view text, const Position& position) {
         squares = chess960 ? resolveChess960(position, from, to) : resolveNormal(position, from, to);
         if (text.size() == 5) letter = text[4];
     }
-    Move move = textToMove(squares.from, squares.to, squares.castling, position);
+    const Move move = textToMove(squares.from, squares.to, squares.castling, position);
     if (move == nullMove || !isLegal(position, move)) return nullMove;
-    const u8 promotion = promotionOf(letter, us);
-    if (promotion && movePromotion(move)) move = (move & ~(Move{0xFF} << 16)) | Move{promotion} << 16;
-    return move;
+    return withPromotion(move, promotionOf(letter, us));
 }
 
 }  // namespace valku

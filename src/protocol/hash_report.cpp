@@ -1,6 +1,6 @@
 #include "protocol/hash_report.h"
 
-#include "protocol/format_text.h"
+#include "search/format_text.h"
 #include "search/hash_table.h"
 #include "search/output.h"
 #include "search/process_state.h"

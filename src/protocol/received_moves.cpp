@@ -3,11 +3,14 @@
 #include "chess/attacks.h"
 #include "chess/fen.h"
 #include "chess/game.h"
+#include "chess/make_move.h"
+#include "chess/move_generation.h"
 #include "chess/move_text.h"
 #include "protocol/board_output.h"
 #include "protocol/game_commands.h"
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
+#include "search/process_state.h"
 #include "search/search_control.h"
 #include "search/thinking_state.h"
 
@@ -54,17 +57,13 @@ ReceivedMove readMoveText(std::string_view text) {
     return {from, to, noCastling, promotionPiece(text.size() > 4 ? text[4] : ' ', to)};
 }
 
-// The legal move that is meant: plain, else short, else long castling; 0 if there is none.
-Move lookUp(const ReceivedMove& received) {
-    for (const u32 castling : {noCastling, shortCastling, longCastling}) {
-        Move move = textToMove(received.from, received.to, castling, gamePosition);
-        if (move == nullMove || !isLegal(gamePosition, move)) continue;
-        if (movePromotion(move) && received.promotion) {
-            move = makeMoveWord(received.from, received.to, received.promotion);
-        }
-        return move;
+// The legal move that is meant, 0 if there is none. A castling word never means a plain king move.
+Move lookUp(const ReceivedMove& received, const Position& position) {
+    if (received.castling) {
+        const Move move = textToMove(received.from, received.to, received.castling, position);
+        return move != nullMove && isLegal(position, move) ? move : nullMove;
     }
-    return nullMove;
+    return withPromotion(findLegalMove(received.from, received.to, position), received.promotion);
 }
 
 bool isExpectedMove(const ReceivedMove& received) {
@@ -81,19 +80,42 @@ bool engineIsToMove() {
     return engineSide == (gamePosition.sideToMove == White ? engineWhite : engineBlack);
 }
 
-void playReceivedMove(Move move) {
-    playGameMove(move);
-    snapshotKings();
+// Both may be called while a ponder search runs: as long as `pondering` is set the search answers nothing, so
+// the board with the expected move stands still.
+
+bool canMove() {
+    Position position(gamePosition);
+    MoveList list;
+    generateAllMoves(position, list);
+    return countLegalMoves(position, list) > 0;
+}
+
+void showReceivedMove() {
     checkGameEnd(false);
     printBoard();
 }
 
-// As long as `pondering` is set the search answers nothing, so the board with the expected move stands still.
+void playReceivedMove(Move move) {
+    playGameMove(move);
+    snapshotKings();
+    showReceivedMove();
+}
+
 void receiveExpectedMove() {
-    checkGameEnd(false);
-    printBoard();
+    showReceivedMove();
+    const bool gameGoesOn = canMove();
     pondering = false;
-    if (timeUsedUp) moveNow();
+    if (!gameGoesOn) {
+        stopThinking();
+    } else if (timeUsedUp) {
+        moveNow();
+    }
+}
+
+Move lookUpBeforeExpectedMove(const ReceivedMove& received) {
+    Position position(gamePosition);
+    if (stackedMoves(position) > 0 && protocolMode != protocolUci) unmakeMove(position);
+    return lookUp(received, position);
 }
 
 void receiveWhilePondering(const ReceivedMove& received) {
@@ -101,16 +123,16 @@ void receiveWhilePondering(const ReceivedMove& received) {
         receiveExpectedMove();
         return;
     }
-    stopPondering();
-    const Move move = lookUp(received);
+    const Move move = lookUpBeforeExpectedMove(received);
     if (move == nullMove) return;
+    stopPondering();
     playReceivedMove(move);
-    goCommand("");
+    if (canMove()) goCommand("");
 }
 
 void ponderOn(const ReceivedMove& received) {
     if (!easyMode) return;  // an engine that ponders by itself takes no such orders
-    const Move move = lookUp(received);
+    const Move move = lookUp(received, gamePosition);
     if (move == nullMove) return;
     pondering = true;
     playGameMove(move);
@@ -142,12 +164,13 @@ void receiveMove(std::string_view text, bool ponderFlag) {
         receiveWhilePondering(received);
         return;
     }
-    if (analyzing) stopThinking();
-    if (thinkingActive) return;
-    const Move move = lookUp(received);
+    if (thinkingActive && !analyzing) return;
+    if (lookUp(received, gamePosition) == nullMove) return;  // and an analysis goes on
+    stopThinking();
+    const Move move = lookUp(received, gamePosition);  // the search may have ended in a move of its own
     if (move == nullMove) return;
     playReceivedMove(move);
-    if (analyzing || engineIsToMove()) requestSearch();
+    if ((analyzing || engineIsToMove()) && canMove()) requestSearch();
 }
 
 }  // namespace valku

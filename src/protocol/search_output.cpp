@@ -5,10 +5,11 @@
 #include "chess/move_text.h"
 #include "platform/clock.h"
 #include "protocol/board_output.h"
-#include "protocol/format_text.h"
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
+#include "search/format_text.h"
 #include "search/hash_table.h"
+#include "search/main_line.h"
 #include "search/output.h"
 #include "search/process_state.h"
 #include "search/thinking.h"
@@ -52,6 +53,16 @@ void SearchOutput::moveMade() {
     if (resignValue != 0) checkResign(lastScore);
 }
 
+void SearchOutput::bookMoveMade(Move move, char value) {
+    snapshotKings();
+    announceBookValue(value);
+    Line line{};
+    line.moves[0] = move;
+    sendMainLine(0, move, 0, line, false);
+    sendMove();
+    printBoard();
+}
+
 void UciOutput::clockRead(i32 moves, double remaining, double increment) {
     sendText(formatText("info string movesToGo = %u; remainingTime = %.2f; increment = %.2f\n",
                         static_cast<unsigned>(moves), remaining, increment));
@@ -91,7 +102,7 @@ void UciOutput::moveChosen(Move move) {
     chosenMove = moveToUciText(move, *gamePosition.state);
 }
 
-void UciOutput::announceMove() {
+void UciOutput::sendMove() {
     std::string text = "bestmove " + chosenMove;
     if (mainLine.moves[1]) text += " ponder " + moveToUciText(mainLine.moves[1], *gamePosition.state);
     sendText(text + "\n");
@@ -108,6 +119,14 @@ void XboardOutput::moveChosen(Move move) {
     chosenMove = move;
 }
 
+void XboardOutput::sendMove() {
+    sendText("move " + moveToText(chosenMove) + "\n");
+}
+
+void XboardOutput::announceBookValue(char value) {
+    sendText(formatText("%s kibitz bookMove (value %c)\n", computerOpponent ? "tellics" : "whisper", value));
+}
+
 void XboardOutput::announceMove() {
     const std::string comment = computerOpponent ? "tellics kibitz" : "tellics whisper";
     std::ostringstream text;
@@ -115,7 +134,7 @@ void XboardOutput::announceMove() {
          << "s nodes=" << totalNodes << " mainLine: " << lineText(mainLine) << " tb=" << tablebaseRate()
          << '\n';
     sendText(text.str());
-    sendText("move " + moveToText(chosenMove) + "\n");
+    sendMove();
     if (const Line* line = findFinishedLine(chosenMove)) {
         sendText(comment + " ponderMove=" + moveToText(line->moves[1]) + "\n");
     }
@@ -143,8 +162,12 @@ void ConsoleOutput::moveChosen(Move move) {
     chosenMove = move;
 }
 
-void ConsoleOutput::announceMove() {
+void ConsoleOutput::sendMove() {
     sendText("move " + moveToText(chosenMove) + "\n");
+}
+
+void ConsoleOutput::announceBookValue(char value) {
+    sendText(formatText("bookMove (value %c)\n", value));
 }
 
 SearchObserver* searchOutput() {

@@ -18,10 +18,16 @@ class SearchOutput : public SearchObserver {
     void failedLow(i32, i32, const Line&) override {}
     void timeRanOut() override {}
     void moveMade() override;
+    void bookMoveMade(Move move, char value) override;
 
   protected:
-    // The answer itself; the move has been made on gamePosition.
-    virtual void announceMove() = 0;
+    // The line of the answer itself; the move has been made on gamePosition.
+    virtual void sendMove() = 0;
+
+    // The answer of a search with what belongs to it.
+    virtual void announceMove() { sendMove(); }
+
+    virtual void announceBookValue(char) {}
 };
 
 class UciOutput final : public SearchOutput {
@@ -35,7 +41,7 @@ class UciOutput final : public SearchOutput {
     void moveChosen(Move move) override;
 
   private:
-    void announceMove() override;
+    void sendMove() override;
     std::string chosenMove;
 };
 
@@ -45,7 +51,9 @@ class XboardOutput final : public SearchOutput {
     void moveChosen(Move move) override;
 
   private:
+    void sendMove() override;
     void announceMove() override;
+    void announceBookValue(char value) override;
     Move chosenMove = 0;
 };
 
@@ -57,7 +65,8 @@ class ConsoleOutput final : public SearchOutput {
     void moveChosen(Move move) override;
 
   private:
-    void announceMove() override;
+    void sendMove() override;
+    void announceBookValue(char value) override;
     Move chosenMove = 0;
 };
 

@@ -15,8 +15,31 @@ namespace valku {
 namespace {
 
 // Joins the test for a running search with the wish to hear of its end, and the end with the test for such a
-// wish.
+// wish; and makes the step from one search to the next a single one.
 Mutex endOfSearchMutex;
+
+// Tells one search from the next, which may begin while somebody waits to stop the one.
+SharedNumber searchNumber{0};
+
+// Before anyone can mean the new search with a stop.
+void forgetOldStops() {
+    clearAllStops();
+    abortThinking = false;
+    noAutoPonder = false;
+    minimalSearchPending = true;
+    searchNumber = searchNumber + 1;
+}
+
+// Stops the search with that number, or whichever runs; waits until its output is finished.
+void halt(const i32* number) {
+    {
+        const std::lock_guard lock(endOfSearchMutex);
+        if (!searchRunning || (number && *number != searchNumber)) return;
+        expectSearchEnd();
+        setStop(stopFromOutside);
+    }
+    awaitSearchEnd();
+}
 
 constexpr u32 idlePollMs = 20;
 
@@ -39,8 +62,7 @@ void (*ponderingTakenBack)() = nothingToShow;
 SharedFlag shutDownBegun{false};
 
 void requestSearch() {
-    clearAllStops();
-    minimalSearchPending = true;
+    forgetOldStops();
     answerGiven = false;
     searchRunning = true;
     thinkingActive = true;
@@ -59,13 +81,17 @@ void awaitSearchEnd() {
 }
 
 void haltSearch() {
-    {
-        const std::lock_guard lock(endOfSearchMutex);
-        if (!searchRunning) return;
-        expectSearchEnd();
-        setStop(stopFromOutside);
-    }
-    awaitSearchEnd();
+    halt(nullptr);
+}
+
+// A move from outside is let in, by answerGiven, only when the whole state is there.
+void beginPonderSearch(Move expectedReply) {
+    const std::lock_guard lock(endOfSearchMutex);
+    forgetOldStops();
+    playGameMove(expectedReply);
+    pondering = true;
+    searchRunning = true;
+    answerGiven = false;
 }
 
 void acknowledgeSearchEnd() {
@@ -76,11 +102,13 @@ void acknowledgeSearchEnd() {
 }
 
 void moveNow() {
-    while (minimalSearchPending) sleepMilliseconds(1);
-    if (pondering && protocolMode != protocolUci) {
+    const i32 number = searchNumber;
+    const bool takesBack = pondering && protocolMode != protocolUci;
+    while (minimalSearchPending && searchNumber == number) sleepMilliseconds(1);
+    if (takesBack) {
         stopPondering();
     } else {
-        haltSearch();
+        halt(&number);
     }
 }
 
@@ -96,27 +124,35 @@ void stopPondering() {
     if (protocolMode != protocolUci && takeBackGameMove()) ponderingTakenBack();
 }
 
+// Outside UCI only stopPondering may clear `pondering`: the thinking thread may just have set it.
+
 void stopThinking() {
     while (thinkingActive) {
         if (pondering && protocolMode != protocolUci) {
             stopPondering();
             return;
         }
-        pondering = false;
+        if (protocolMode == protocolUci) pondering = false;
         noAutoPonder = true;
         abortThinking = true;
         haltSearch();
         awaitIdle();
     }
+    if (protocolMode != protocolUci) stopPondering();
 }
 
 void finishThinking() {
     while (thinkingActive) {
         noAutoPonder = true;
-        if (protocolMode == protocolUci) pondering = false;
+        if (protocolMode == protocolUci) {
+            pondering = false;
+        } else {
+            stopPondering();
+        }
         moveNow();
         awaitIdle();
     }
+    if (protocolMode != protocolUci) stopPondering();
 }
 
 bool isSettled() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chess/types.h"
 #include "platform/shared_value.h"
 
 // Starting and ending search cycles from the thread that reads the commands. A wake-up is never lost: whoever
@@ -42,6 +43,9 @@ void awaitSearchEnd();
 
 // The process is about to end; long work that starts one search after the other leaves off.
 extern SharedFlag shutDownBegun;
+
+// The thinking thread's side: goes over from a search that has been answered to one on the expected reply.
+void beginPonderSearch(Move expectedReply);
 
 // The thinking thread's side: the output of a search is complete.
 void acknowledgeSearchEnd();

@@ -32,6 +32,10 @@ class SearchObserver {
     // of the game.
     virtual void moveChosen(Move move) = 0;
     virtual void moveMade() = 0;
+
+    // The answer is a book move instead: after moveChosen and after the move is made on gamePosition. `value`
+    // is its letter in the book.
+    virtual void bookMoveMade(Move move, char value) = 0;
 };
 
 struct SearchPorts {
@@ -44,7 +48,7 @@ struct SearchPorts {
     // the result are from the view of the side to move there.
     SearchResult (*splitRootSearch)(const Position& position, i32 alpha, i32 beta, i32 depth, bool zws);
 
-    // Plays a move from the opening book; true if the cycle is over.
+    // Plays a move from the opening book; true if that was the whole answer.
     bool (*tryBookMove)();
 };
 

@@ -202,20 +202,10 @@ void setTimeLimits(Deepening& deepening, i32 legalMoves) {
 
 void playBestMove() {
     answerGiven = true;
+    mainLine.moves[0] = bestMove;  // an iteration that was stopped has cleared it
     searchPorts.observer->moveChosen(bestMove);
     playGameMove(bestMove);
     searchPorts.observer->moveMade();
-}
-
-// The stops are cleared before anyone can mean the ponder search with one, and a move from outside is let in
-// only when the whole state is there.
-void ponderExpectedReply() {
-    clearAllStops();
-    minimalSearchPending = true;
-    playGameMove(mainLine.moves[1]);
-    pondering = true;
-    searchRunning = true;
-    answerGiven = false;
 }
 
 // The expected reply ends the game. The state stays that of a ponder search until the reply comes or another.
@@ -234,8 +224,10 @@ const Line* findFinishedLine(Move firstMove) {
 }
 
 void think(i32 depthLimit, double scheduledSeconds) {
-    abortThinking = false;
-    if (searchPorts.tryBookMove()) return;
+    if (searchPorts.tryBookMove()) {
+        acknowledgeSearchEnd();
+        return;
+    }
 
     startTime = lastOutputTime = steadySeconds();
     finishedLines.clear();
@@ -262,6 +254,7 @@ void think(i32 depthLimit, double scheduledSeconds) {
         if (protocolMode == protocolUci || !(pondering || abortThinking)) playBestMove();
     } else {
         awaitEndOfPondering();
+        answerGiven = true;  // there is none
     }
     acknowledgeSearchEnd();
 }
@@ -278,15 +271,15 @@ void runThinkingCycle() {
         readyForGo = false;
 
         for (;;) {
-            noAutoPonder = false;
             if (timeControlled) {
                 think(timedDepthLimit, scheduleTime());
             } else {
                 think(maxDepth, unlimitedSeconds);
             }
-            if (easyMode || protocolMode == protocolUci || noAutoPonder || mainLine.moves[1] == nullMove)
-                break;
-            ponderExpectedReply();
+            // Behind a ponder search that was stopped, the taking back is still to come.
+            if (easyMode || protocolMode == protocolUci || noAutoPonder || pondering) break;
+            if (mainLine.moves[1] == nullMove) break;
+            beginPonderSearch(mainLine.moves[1]);
         }
     }
 }

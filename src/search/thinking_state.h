@@ -29,7 +29,7 @@ extern SharedFlag stopAckWanted;
 extern SharedFlag pondering;             // the search runs on the opponent's time: no time limit ends it
 extern SharedFlag analyzing;             // the book is skipped; after a move the search starts again
 extern SharedFlag abortThinking;         // no move is to be made or announced
-extern SharedFlag answerGiven;           // the answer is going out: only the tail of the cycle is left
+extern SharedFlag answerGiven;           // the answer, if any, is going out: the tail of the cycle is left
 extern SharedFlag noAutoPonder;          // no self-pondering after this search
 extern SharedFlag timeUsedUp;            // the search would have ended had it not been pondering
 extern SharedFlag minimalSearchPending;  // a stop has to wait: the search is not deep enough yet

@@ -7,8 +7,8 @@
 #include "chess/number_text.h"
 #include "platform/clock.h"
 #include "protocol/engine_services.h"
-#include "protocol/format_text.h"
 #include "protocol/game_commands.h"
+#include "search/format_text.h"
 #include "search/output.h"
 #include "search/process_state.h"
 #include "search/search_control.h"
@@ -146,6 +146,7 @@ void benchFromFile(std::string_view text) {
     if (isRefused()) return;
     const Run run;
     benchLines(file, report, arguments);
+    if (shutDownBegun) return;
     run.finish();
     report.close();
     if (!report) sendText("Error: could not write " + arguments.name + ".log\n");

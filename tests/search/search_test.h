@@ -45,6 +45,7 @@ class RecordingObserver : public SearchObserver {
     void timeRanOut() override {}
     void moveChosen(Move move) override { chosen = move; }
     void moveMade() override {}
+    void bookMoveMade(Move, char) override {}
 
     i32 clockMoves = -1;
     int rootMovesBegun = 0;

@@ -1,4 +1,4 @@
-#include "protocol/format_text.h"
+#include "search/format_text.h"
 
 #include <cstdarg>
 #include <cstdio>
