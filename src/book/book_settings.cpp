@@ -1,7 +1,5 @@
 #include "book/book_settings.h"
 
-#include <fstream>
-
 namespace valku {
 
 namespace {
@@ -19,10 +17,6 @@ constexpr BookWeight standardWeights[] = {{'a', 900}, {'b', 400}, {'c', 100}, {'
 std::string bookFile = "<empty>";
 i32 bookWeights[256];
 bool BestBookMovesOnly = true;
-
-bool isBookThere() {
-    return std::ifstream(bookFile, std::ios::binary).good();
-}
 
 void initBookWeights() {
     for (const BookWeight& row : standardWeights) bookWeights[row.value] = row.weight;

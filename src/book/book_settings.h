@@ -10,9 +10,6 @@ extern std::string bookFile;    // path of the opening book
 extern i32 bookWeights[256];    // the weight of a book move by its value letter, 'a' to 'g'
 extern bool BestBookMovesOnly;  // play the moves of the best value in a position only
 
-// Is there a file at the path of the opening book?
-bool isBookThere();
-
 // The default weights. Before the settings are read.
 void initBookWeights();
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <string_view>
 
+#include "book/book_report.h"
 #include "chess/fen.h"
 #include "chess/number_text.h"
+#include "protocol/book_commands.h"
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
@@ -125,13 +127,13 @@ constexpr Command commands[] = {
     {"remove", Match::whole, [](std::string_view) { undoTwice(); }},
     {"edit", Match::whole, [](std::string_view) { beginEdit(); }},
     {"fen", Match::prefix, fen},
-    {"importbook", Match::prefix, nullptr},
-    {"pgn2book", Match::prefix, nullptr},
-    {"writebook", Match::prefix, nullptr},
-    {"showbook", Match::whole, nullptr},
-    {"bookstats", Match::whole, nullptr},
-    {"addmove", Match::prefix, nullptr},
-    {"rmmove", Match::prefix, nullptr},
+    {"importbook", Match::prefix, [](std::string_view rest) { importText(argumentsOf(rest)); }},
+    {"pgn2book", Match::prefix, [](std::string_view rest) { importPgn(argumentsOf(rest)); }},
+    {"writebook", Match::prefix, [](std::string_view rest) { writeBook(argumentsOf(rest)); }},
+    {"showbook", Match::whole, [](std::string_view) { showBook(); }},
+    {"bookstats", Match::whole, [](std::string_view) { showBookStats(); }},
+    {"addmove", Match::prefix, [](std::string_view rest) { addMoveToBook(argumentsOf(rest)); }},
+    {"rmmove", Match::prefix, [](std::string_view rest) { removeMoveFromBook(argumentsOf(rest)); }},
     {"server_createlocalclient", Match::prefix, nullptr},
     {"server_createremoteclient", Match::prefix, nullptr},
     {"client_alphabeta", Match::prefix, nullptr},

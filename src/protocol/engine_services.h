@@ -10,8 +10,8 @@ class EngineServices {
     virtual void setLogging(bool on) = 0;
     virtual bool isLogging() const = 0;
 
-    // Clients, shared memory and log in order, then the end of the process with code 0.
-    [[noreturn]] virtual void quit() = 0;
+    // Clients, shared memory and log in order, then the end of the process.
+    [[noreturn]] virtual void quit(int exitCode = 0) = 0;
 };
 
 extern EngineServices* engineServices;

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <string>
 
+#include "book/book_choice.h"
+#include "book/book_file.h"
 #include "book/book_settings.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
@@ -56,9 +58,9 @@ class Shell final : public EngineServices {
   public:
     void setLogging(bool on) override { communicator.setLogging(on); }
     bool isLogging() const override { return communicator.isLogging(); }
-    [[noreturn]] void quit() override {
+    [[noreturn]] void quit(int exitCode) override {
         shutDownProcess();
-        exitProcess(0);
+        exitProcess(exitCode);
     }
 };
 
@@ -136,7 +138,7 @@ void connectPorts() {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,
         .splitRootSearch = splitRootSearch,
-        .tryBookMove = [] { return false; },
+        .tryBookMove = tryBookMove,
     };
 }
 
@@ -149,10 +151,6 @@ void createRootProcess(bool shareHash) {
     }
     allProcesses.push_back(rootSearchProcess.get());
     reportHashTable(shareHash);
-}
-
-void reportMissingBook() {
-    if (processRole == roleRoot && !isBookThere()) sendText("No opening book found...\n");
 }
 
 void reportTablebases() {
@@ -186,6 +184,9 @@ void greet() {
 }  // namespace
 
 void engineMain(const CommandLine& commandLine) {
+    startTime = lastOutputTime = steadySeconds();
+    const TimeOfDay now = timeOfDay();
+    seedBookChoice(static_cast<u64>(now.seconds) * 1000000 + static_cast<u64>(now.microseconds));
     textSink = &communicator;
     engineServices = &shell;
     installConsoleSignalHandler(consoleControlHandler);
@@ -196,7 +197,7 @@ void engineMain(const CommandLine& commandLine) {
     loadSettings();
     connectPorts();
     createRootProcess(commandLine.shareHash);
-    reportMissingBook();
+    loadBook();
     resetGame();
     registerTablebases();
     reportTablebases();

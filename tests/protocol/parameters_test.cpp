@@ -24,7 +24,7 @@ class Services final : public EngineServices, public TextSink {
   public:
     void setLogging(bool on) override { logging = on; }
     bool isLogging() const override { return logging; }
-    [[noreturn]] void quit() override { std::abort(); }
+    [[noreturn]] void quit(int) override { std::abort(); }
 
     void send(std::string_view) override {}
 

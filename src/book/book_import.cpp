@@ -1,0 +1,212 @@
+#include "book/book_import.h"
+
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string_view>
+
+#include "book/book_report.h"
+#include "book/dialog.h"
+#include "book/opening_book.h"
+#include "book/pgn_reader.h"
+#include "book/text_book.h"
+#include "chess/fen.h"
+#include "chess/number_text.h"
+#include "search/format_text.h"
+#include "search/output.h"
+
+namespace valku {
+
+namespace {
+
+constexpr std::string_view valueAnswers = "0abcdefg";
+constexpr char leaveOut = '0';
+
+void tellEndOfInput() {
+    sendText("Error: the input ended before all questions were answered!\n");
+}
+
+bool canBeRead(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) && std::ifstream(path).is_open();
+}
+
+// The text book's dialog.
+
+struct TextImport {
+    TextBookValues values;
+    Overwrite overwrite = Overwrite::keep;
+};
+
+std::optional<TextImport> askTextImport() {
+    constexpr std::string_view complaint = "Value must be zero or in the range from a-g!\n";
+    Dialog dialog;
+    TextImport import;
+    const auto ask = [&](char textValue, const std::string& question) {
+        const std::optional<char> answer = dialog.askCharacter(question, valueAnswers, complaint);
+        if (answer) import.values[textValue] = *answer;
+        return answer.has_value();
+    };
+    for (char value = bestBookValue; value <= worstBookValue; ++value) {
+        if (!ask(value,
+                 formatText(
+                     "Please enter the import value for moves with value '%c' (0: ignore those moves)\n",
+                     value)))
+            return std::nullopt;
+    }
+    if (!ask('-', "Please enter a value from a-g for moves with '-' (0: ignore those moves)\n") ||
+        !ask(noTextValue, "Please enter a value from a-g for moves without value (0: ignore those moves)\n"))
+        return std::nullopt;
+    const std::optional<std::string> mode = dialog.askLine(
+        "Enter overwrite mode if a move already exists in the book (0: keep, 1: replace, 2: cond. "
+        "replace)\n");
+    if (!mode) return std::nullopt;
+    import.overwrite = static_cast<Overwrite>(readNumber(*mode));
+    return import;
+}
+
+// The games' dialog.
+
+struct SideImport {
+    char value = leaveOut;  // of moves without a glyph; leaveOut for none of the side's moves at all
+    Overwrite overwrite = Overwrite::keep;
+};
+
+struct PgnImport {
+    SideImport white;
+    SideImport black;
+    i32 plyLimit = 0;
+};
+
+std::optional<SideImport> askSide(Dialog& dialog, const char* side) {
+    const std::optional<char> value = dialog.askCharacter(
+        formatText(
+            "Please enter the default value for %s moves without comment (value a-g; 0=ignore %s moves):",
+            side, side),
+        valueAnswers, "The value has to be zero or between 'a' and 'g'!\n");
+    if (!value) return std::nullopt;
+    if (*value == leaveOut) return SideImport{};
+    const std::optional<char> overwrite = dialog.askCharacter(
+        formatText(
+            "Please enter the overwrite behavior for %s moves (0=keep old value, 1=always, 2=if better, "
+            "3=if worse) :",
+            side),
+        "0123", "The value has to be between 0 and 3!\n");
+    if (!overwrite) return std::nullopt;
+    return SideImport{*value, static_cast<Overwrite>(*overwrite - '0')};
+}
+
+std::optional<i32> askPlyLimit(Dialog& dialog) {
+    for (;;) {
+        const std::optional<std::string> answer = dialog.askLine(formatText(
+            "Up to which ply shall the moves be imported? (max = %i; attention: 1 move = 2 plies!)",
+            PgnGame::maxPlies));
+        if (!answer) return std::nullopt;
+        const i32 plies = readNumber(*answer);
+        if (plies >= 1 && plies <= PgnGame::maxPlies) return plies;
+        sendText(formatText("The value has to be between 1 and %i!\n", PgnGame::maxPlies));
+    }
+}
+
+std::optional<PgnImport> askPgnImport() {
+    Dialog dialog;
+    const std::optional<SideImport> white = askSide(dialog, "white");
+    if (!white) return std::nullopt;
+    const std::optional<SideImport> black = askSide(dialog, "black");
+    if (!black) return std::nullopt;
+    const std::optional<i32> plyLimit = askPlyLimit(dialog);
+    if (!plyLimit) return std::nullopt;
+    return PgnImport{*white, *black, *plyLimit};
+}
+
+struct GlyphValue {
+    std::string_view glyph;
+    std::string_view nag;
+    char value;
+};
+
+constexpr GlyphValue glyphValues[] = {
+    {"!!", "$3", 'a'}, {"!", "$1", 'b'}, {"!?", "$5", 'c'},
+    {"?!", "$6", 'e'}, {"?", "$2", 'f'}, {"??", "$4", 'g'},
+};
+
+// A run of ! and ?, or $ with its digits, from the start of `text`, which is moved on behind it; empty at the
+// end.
+std::string_view takeGlyph(std::string_view& text) {
+    const auto isMark = [](char c) { return c == '!' || c == '?'; };
+    while (!text.empty() && !isMark(text.front()) && text.front() != '$') text.remove_prefix(1);
+    std::size_t size = text.empty() ? 0 : 1;
+    const bool nag = size && text.front() == '$';
+    while (size < text.size() &&
+           (nag ? std::isdigit(static_cast<unsigned char>(text[size])) != 0 : isMark(text[size])))
+        ++size;
+    const std::string_view glyph = text.substr(0, size);
+    text.remove_prefix(size);
+    return glyph;
+}
+
+// The first of the glyphs that says something of the move's worth decides.
+char valueOf(std::string_view glyphs, char otherwise) {
+    for (std::string_view glyph = takeGlyph(glyphs); !glyph.empty(); glyph = takeGlyph(glyphs)) {
+        for (const GlyphValue& row : glyphValues) {
+            if (row.glyph == glyph || row.nag == glyph) return row.value;
+        }
+    }
+    return otherwise;
+}
+
+void addPgnMove(const PgnPly& ply, const PgnImport& import) {
+    const SideImport& side = ply.position.sideToMove == White ? import.white : import.black;
+    if (side.value == leaveOut) return;
+    const StateRecord& state = *ply.position.state;
+    addBookMove(state.hashHigh, state.hashLow, static_cast<u8>(moveFrom(ply.move)),
+                static_cast<u8>(moveTo(ply.move)), movePromotion(ply.move),
+                valueOf(ply.game.plies[ply.ply].glyphs, side.value), side.overwrite);
+}
+
+}  // namespace
+
+bool importTextBook(const std::string& path) {
+    readFen(startPositionFen);
+    if (!canBeRead(path)) {
+        sendText("Error: file does not exist!\n");
+        return true;
+    }
+    sendText(formatText("Current book contains %i positions with %i moves.\n", openingBook.positionCount,
+                        openingBook.moveCount));
+    const std::optional<TextImport> import = askTextImport();
+    if (!import) {
+        tellEndOfInput();
+        return true;
+    }
+    sendText("Importing opening book...\n");
+    const BookGrowth growth;
+    std::ifstream text(path);
+    const bool complete = readTextBook(text, import->values, import->overwrite) == TextBookEnd::complete;
+    if (!complete) {
+        sendText("Error in importTextBook(): promotion error!\n");
+        return false;
+    }
+    readFen(startPositionFen);
+    growth.report();
+    return true;
+}
+
+bool importPgnBook(const std::string& path, void (*beginGames)()) {
+    if (!canBeRead(path)) {
+        sendText("Error: could not open " + path + "!\n");
+        return false;
+    }
+    const std::optional<PgnImport> import = askPgnImport();
+    if (!import) {
+        tellEndOfInput();
+        return false;
+    }
+    beginGames();
+    return walkPgnFile(
+        path, [&](const PgnPly& ply) { addPgnMove(ply, *import); }, import->plyLimit);
+}
+
+}  // namespace valku

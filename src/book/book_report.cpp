@@ -1,0 +1,47 @@
+#include "book/book_report.h"
+
+#include <string>
+
+#include "chess/move_text.h"
+#include "chess/position.h"
+#include "search/format_text.h"
+#include "search/output.h"
+#include "search/thinking_state.h"
+
+namespace valku {
+
+void showBookStats() {
+    std::string text = "The book contains:\n";
+    for (int i = 0; i < bookValues; ++i)
+        text += formatText("%7i moves with value %c\n", openingBook.movesByValue[i], bestBookValue + i);
+    sendText(text);
+}
+
+void showBookMoves() {
+    const StateRecord& state = *gamePosition.state;
+    const BookPosition* position = findBookPosition(state.hashHigh, state.hashLow);
+    if (!position || pondering) {
+        sendText("No moves for this position in the opening book!\n");
+        return;
+    }
+    std::string text = "The following moves are in the opening book:\n";
+    for (const BookMove& move : position->moves) {
+        text += formatText("%s - %s (value %c)\n", squareText(move.from).c_str(), squareText(move.to).c_str(),
+                           move.value);
+    }
+    sendText(text);
+}
+
+void reportBookSize() {
+    sendText(formatText("Book contains %i positions and %i moves now.\n", openingBook.positionCount,
+                        openingBook.moveCount));
+    showBookStats();
+}
+
+void BookGrowth::report() const {
+    sendText(formatText("...%i new positions, %i new moves.\n", openingBook.positionCount - positionsBefore,
+                        openingBook.moveCount - movesBefore));
+    reportBookSize();
+}
+
+}  // namespace valku

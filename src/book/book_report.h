@@ -1,0 +1,28 @@
+#pragma once
+
+#include "book/opening_book.h"
+
+// What the book holds, told to the person at the console.
+
+namespace valku {
+
+// How many moves of each value.
+void showBookStats();
+
+// The moves of gamePosition; none while the engine ponders, since the board then holds a guess.
+void showBookMoves();
+
+// The sizes, then the moves of each value.
+void reportBookSize();
+
+// Remembers the book's size when it is made, and reports what has come since.
+class BookGrowth {
+  public:
+    void report() const;
+
+  private:
+    i32 positionsBefore = openingBook.positionCount;
+    i32 movesBefore = openingBook.moveCount;
+};
+
+}  // namespace valku

@@ -1,0 +1,135 @@
+#include "book/text_book.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "chess/game.h"
+#include "chess/move_text.h"
+#include "chess/number_text.h"
+
+namespace valku {
+
+namespace {
+
+constexpr std::size_t longestLine = 4096;
+constexpr char endOfBranch = ';';
+
+// One line of the text; behind its end stand ends of branches only.
+class Branch {
+  public:
+    explicit Branch(std::string_view line) : text(line.substr(0, longestLine)) {
+        const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+        ply = 2 * i64{readNumber(text.substr(0, digits))} - 2;
+        position = digits;
+        if (peek() == '-') {
+            ++ply;
+            ++position;
+        }
+    }
+
+    char peek() const { return position < text.size() ? text[position] : endOfBranch; }
+    char next() {
+        const char c = peek();
+        ++position;
+        return c;
+    }
+    void skipBlanks() {
+        while (peek() == ' ' || peek() == '\t' || peek() == '\r') ++position;
+    }
+
+    i64 ply;  // of the game, from 0, where the branch goes on
+
+  private:
+    std::string_view text;
+    std::size_t position;
+};
+
+struct BranchMove {
+    int from = noSquare;
+    int to = noSquare;
+    char promotion = 0;
+    char value = noTextValue;
+};
+
+int readSquare(Branch& branch) {
+    const int file = branch.next() - 'A';
+    const int rank = branch.peek() - '1';
+    if (file < 0 || file > 7 || rank < 0 || rank > 7) return noSquare;
+    branch.next();
+    return makeSquare(file, rank);
+}
+
+// False if what stands there is no move.
+bool readMove(Branch& branch, BranchMove& move) {
+    move.from = readSquare(branch);
+    if (move.from == noSquare) return false;
+    move.to = readSquare(branch);
+    if (move.to == noSquare) return false;
+    if (branch.peek() == '/') {
+        branch.next();
+        move.promotion = branch.next();
+    }
+    if (branch.peek() == endOfBranch) return true;
+    branch.next();
+    branch.skipBlanks();
+    if (isBookValue(branch.peek()) || branch.peek() == '-') {
+        move.value = branch.next();
+        if (branch.peek() != endOfBranch) branch.next();
+    }
+    branch.skipBlanks();
+    return true;
+}
+
+// 0 if it is no letter of a piece to promote to.
+u8 promotionPiece(char letter, bool white) {
+    switch (letter) {
+        case 'Q':
+            return white ? WhiteQueen : BlackQueen;
+        case 'R':
+            return white ? WhiteRook : BlackRook;
+        case 'B':
+            return white ? WhiteBishop : BlackBishop;
+        case 'N':
+            return white ? WhiteKnight : BlackKnight;
+        default:
+            return 0;
+    }
+}
+
+void enter(Move move, char value, Overwrite overwrite) {
+    if (!isBookValue(value)) return;
+    addBookMove(gamePosition.state->hashHigh, gamePosition.state->hashLow, static_cast<u8>(moveFrom(move)),
+                static_cast<u8>(moveTo(move)), movePromotion(move), value, overwrite);
+}
+
+TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite overwrite) {
+    if (branch.ply < 0) return TextBookEnd::complete;
+    while (stackedMoves(gamePosition) + droppedGameMoves > branch.ply && takeBackGameMove()) {
+    }
+    branch.skipBlanks();
+    while (branch.peek() != endOfBranch) {
+        BranchMove read;
+        if (!readMove(branch, read)) return TextBookEnd::complete;
+        const u8 piece = promotionPiece(read.promotion, gamePosition.sideToMove == White);
+        if (read.promotion && !piece) return TextBookEnd::wrongPromotion;
+        const Move move = withPromotion(findLegalMove(read.from, read.to, gamePosition), piece);
+        if (move == nullMove) continue;
+        enter(move, values.at(read.value), overwrite);
+        playGameMove(move);
+    }
+    return TextBookEnd::complete;
+}
+
+}  // namespace
+
+TextBookEnd readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite) {
+    for (std::string line; std::getline(text, line);) {
+        Branch branch(line);
+        if (readBranch(branch, values, overwrite) == TextBookEnd::wrongPromotion)
+            return TextBookEnd::wrongPromotion;
+    }
+    return TextBookEnd::complete;
+}
+
+}  // namespace valku

@@ -1,0 +1,52 @@
+#include "protocol/book_commands.h"
+
+#include <string>
+
+#include "book/book_editing.h"
+#include "book/book_file.h"
+#include "book/book_import.h"
+#include "book/book_report.h"
+#include "protocol/board_output.h"
+#include "protocol/engine_services.h"
+#include "protocol/game_commands.h"
+#include "protocol/game_snapshot.h"
+#include "search/output.h"
+#include "search/search_control.h"
+
+namespace valku {
+
+void importText(std::string_view path) {
+    if (!isSettled()) return;
+    if (!importTextBook(std::string(path))) engineServices->quit(1);
+    snapshotKings();
+    printBoard();
+}
+
+void importPgn(std::string_view path) {
+    if (path.empty()) {
+        sendText("Error: no filename given!\n");
+        return;
+    }
+    stopThinking();
+    if (!importPgnBook(std::string(path), resetGame)) return;
+    snapshotKings();
+    printBoard();
+}
+
+void writeBook(std::string_view path) {
+    if (isSettled()) saveBook(std::string(path));
+}
+
+void showBook() {
+    if (isSettled()) showBookMoves();
+}
+
+void addMoveToBook(std::string_view text) {
+    if (isSettled()) receivedAddMove(text);
+}
+
+void removeMoveFromBook(std::string_view text) {
+    if (isSettled()) receivedRMMove(text);
+}
+
+}  // namespace valku
