@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Holds the tables of the README to the engine: scripts/check_readme.py ENGINE
+"""Holds the README to the engine: scripts/check_readme.py ENGINE
 
 The options are compared with what the engine says to `uci`: names, order, types, ranges and defaults. The settings are
 compared with the table in src/protocol/parameters.cpp and the variables that it names: keys, order, checks and
 defaults. A setting that the README calls unread must be one that nothing else under src/ mentions, and the other way
-round. Prints every difference; the exit code tells whether there was one.
+round. The session at the terminal is typed into the engine, which must answer as the README shows. Prints every
+difference; the exit code tells whether there was one.
 """
 
 import re
@@ -48,6 +49,26 @@ def options_of_engine(engine):
     line = re.compile(r"^option name (\S+) type (\w+)(?: default (\S+))?(?: min (\d+) max (\d+))?$", re.MULTILINE)
     for name, kind, default, least, most in line.findall(answer):
         yield [name, f"{kind}, {least} to {most}" if least else kind, default or "none"]
+
+
+def session_differences(engine):
+    """The block that begins with "> console": what is typed stands behind "> ", the rest is the engine's."""
+    text = (ROOT / "README.md").read_text(encoding="utf-8")
+    block = re.search(r"^    > console\n((?:    .*\n|\n(?=(?:\n|    )))*)", text, re.MULTILINE)[0]
+    lines = [line.removeprefix("    ") for line in block.splitlines()]
+    typed = "".join(line.removeprefix("> ") + "\n" for line in lines if line.startswith("> "))
+    shown = [line for line in lines if not line.startswith("> ")]
+    with tempfile.TemporaryDirectory() as folder:
+        answer = subprocess.run([engine], input=typed, text=True, capture_output=True, cwd=folder, timeout=60,
+                                check=True).stdout.splitlines()
+
+    def plain(line):
+        return re.sub(r"(with id|Verstrichene Zeit:) [\d.e-]+", r"\1", line)
+
+    for number in range(max(len(shown), len(answer))):
+        said, real = (plain(part[number]) if number < len(part) else None for part in (shown, answer))
+        if said != real:
+            yield f"session: README has {said!r}, the engine {real!r}"
 
 
 def settings_of_table():
@@ -118,6 +139,7 @@ def main():
     found = list(differences("options", readme_table("UCI option"), list(options_of_engine(sys.argv[1]))))
     found += differences("settings", settings_said, real_settings)
     found += unread_differences(settings_said, settings, sources)
+    found += session_differences(sys.argv[1])
     for difference in found:
         print(difference)
     if not found:
