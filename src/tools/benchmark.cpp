@@ -13,6 +13,7 @@
 #include "search/process_state.h"
 #include "search/search_control.h"
 #include "search/thinking_state.h"
+#include "tools/arguments.h"
 #include "tools/benchmark_positions.h"
 
 namespace valku {
@@ -63,13 +64,6 @@ class Run {
     bool easyBefore;
     double began;
 };
-
-std::string_view takeWord(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    const std::string_view word = text.substr(0, text.find(' '));
-    text.remove_prefix(word.size());
-    return word;
-}
 
 struct FileArguments {
     std::string name;
