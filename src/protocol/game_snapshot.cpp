@@ -4,10 +4,12 @@
 
 namespace valku {
 
-GameSnapshot gameSnapshot{};
+GameSnapshot gameSnapshot;
 
 void snapshotKings() {
-    gameSnapshot = {gamePosition.whiteKing, gamePosition.blackKing, gamePosition.sideToMove};
+    gameSnapshot.whiteKing = gamePosition.whiteKing;
+    gameSnapshot.blackKing = gamePosition.blackKing;
+    gameSnapshot.sideToMove = gamePosition.sideToMove;
 }
 
 }  // namespace valku
