@@ -35,6 +35,23 @@ CLOCK = re.compile(r"info string movesToGo = \d+; remainingTime = -?\d+\.\d\d; i
 SCHEDULE = re.compile(r"info string scheduled time=-?\d+\.\d\ds, maxtime=-?\d+\.\d\ds")
 TIMEOUT = re.compile(r"info string timeout!")
 BEST_MOVE = re.compile(rf"bestmove (?P<move>{UCI_MOVE})(?: ponder (?P<ponder>{UCI_MOVE}))?")
+PV = rf"{LINE_MOVE}(?: {LINE_MOVE})*"
+RESULT = (r"result (?:1-0 \{White mates\}|0-1 \{Black mates\}|1/2-1/2 \{(?:Stalemate|"
+          r"Draw by (?:50-moves-rule|repetition|insufficient material))\})")
+CLAIM = r"I want to claim a draw by (?:50-moves-rule|third-time-repetition)!"
+COMMENT = re.compile(r"tellics (?P<to>kibitz|whisper) T=(?P<depth>\d+) eval=(?P<score>-?\d+) time=\d+s"
+                     rf" nodes=(?P<nodes>\d+) mainLine: (?P<pv>(?:{PV})?) tb=0/0")
+THINKING = re.compile(rf"(?P<depth>\d+) (?P<score>-?\d+) \d+ (?P<nodes>\d+) (?P<pv>{PV}) tb=0/0")
+EXPECTED = re.compile(rf"tellics (?:kibitz|whisper) ponderMove=(?P<move>{LINE_MOVE})")
+XBOARD_LINES = (COMMENT, THINKING, EXPECTED, *map(re.compile, (RESULT, CLAIM, f"move {LINE_MOVE}")))
+# What the console prints, in whole texts: a main line is five of them, a board is always all of it.
+CONSOLE = re.compile(
+    rf"(?P<main>\nHauptvariante \(T=(?P<depth>\d+)/\d+\): (?P<pv>{PV})\nWert: (?P<score>-?\d+)\n"
+    r"Knoten: (?P<nodes>\d+)\nVerstrichene Zeit: \d+(?:\.\d+)?(?:e-\d+)?\nTablebaserate: 0/0\n)"
+    r"|(?P<fail>Fail (?:high|low) bei T=\d+, value = -?\d+!\n)"
+    rf"|(?P<move>move (?P<text>{LINE_MOVE})\n)|(?P<end>(?:{CLAIM}\n)?(?P<result>{RESULT})\n)"
+    r"|(?P<board>\n(?P<rows>(?:(?: [.PNBRQKpnbrqk]){8}\n){8})-(?P<side>white|black) to move\n"
+    r"(?P<key>hashpos = \d+  hashkey = \d+)\n)")
 NEW_TABLE = re.compile(r"info string Create new hashtable with id (\d+), size = (\d+)")
 
 
@@ -148,6 +165,13 @@ class Engine:
         """The lines that came before the engine was ready."""
         self.send("isready")
         return self.read_to("readyok")[:-1]
+
+    def settled(self):
+        """What came out up to now, and whether the engine has nothing more to do: only then it evaluates."""
+        self.send("eval", "isready")
+        lines = self.read_to("readyok")[:-1]
+        idle = bool(lines) and lines[-1].startswith("info string eval is: ")
+        return (lines[:-1] if idle else lines), idle
 
     def answer(self, seen=()):
         """The answer of the running search, of which some lines may have been read before."""

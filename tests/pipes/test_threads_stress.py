@@ -20,6 +20,13 @@ POSITIONS = [
 SEARCHES = ["infinite", "ponder wtime 60 btime 60", "ponder wtime 9000 btime 9000", "ponder depth 6", "depth 5",
             "depth 12", "wtime 40 btime 40", "wtime 2000 btime 2000 winc 5 binc 5", "movetime 50", "ponder infinite"]
 
+GAME_COMMANDS = """
+    ?|?|force|go|go|undo|remove|analyze|exit|hard|hard|easy|ponder e7e5|ponder a2a3|ponder O-O|ponder i9|new|time 5
+    time 300|time 0|level 0 0 0|level 0 0:01 0|level 40 0:02 1|level 0 1 0|sd 3|sd 12|sd 0|computer|fritz|eval|isready
+    mirror|variant fischerandom|edit~#~Ke1~Ra1~Pa2~c~Ke8~Pb7~.|edit~Qd4~.|edit~c~#~.|e2e4|e7e5|g1f3|b8c6|d2d4|O-O
+    O-O-O|e1g1|a2a4|a7a5|h2h3|h7h6|a1a1|x
+""".strip().replace("\n    ", "|").split("|")
+
 
 class StressThreads(engine.EngineTest):
     def stress(self, seed, searches, settings):
@@ -72,6 +79,51 @@ class StressThreads(engine.EngineTest):
             best = player.read_to("bestmove .*")[-1].split()[1]
             self.assertTrue(Board(POSITIONS[number % 4]).find(best), f"search {number}: {best}")
         self.assertEqual(player.quit(), 0)
+
+    def test_game_commands_at_random_moments(self):
+        for seed in range(8):
+            chance = random.Random(20 + seed)
+            mode = ("xboard", "console")[seed % 2]
+            settings = "nHashTables=64\nnPawnTables=16\n" + "quickPlay=3\n" * (seed > 3)
+            player = self.engine(words=(mode,), settings=settings)
+            for _ in range(150):
+                player.send(*chance.choice(GAME_COMMANDS).split("~"))
+                if chance.random() < 0.2:
+                    player.send(f"fen {chance.choice(POSITIONS)}")
+                time.sleep(chance.choice((0, 0, 0, chance.random() * 0.01)))
+            # Only here all that came before is known to be answered.
+            player.send(".", "force", "new", "force", f"fen {POSITIONS[2]}", "sd 5",
+                        "benchmark 0" if mode == "xboard" else "fen x")
+            player.read_to("Benchmark .*|Error: this is no legal position.*")
+            player.send("go")
+            best = player.read_to("move .*")[-1].split()[1]
+            self.assertTrue(Board(POSITIONS[2]).find(best), f"{best} behind seed {seed}")
+            self.assertEqual(player.quit(), 0)
+
+    def test_moves_in_the_instant_of_the_answer(self):
+        """No move that a side to move may make is lost, whether the engine ponders on it or not."""
+        for seed in range(4):
+            chance = random.Random(seed)
+            clock = ("sd 2", "level 0 0:01 0", "sd 5", "level 0 1 0")[seed]
+            player = self.engine(words=("xboard", clock), settings="nHashTables=64\nnPawnTables=16\n")
+            for _ in range(8):
+                board, expected = Board(), None
+                player.send("new", clock, chance.choice(("hard", "easy")))
+                for _ in range(15):
+                    move = expected and board.find(expected, Board.line_text)
+                    if not move or chance.random() < 0.4:
+                        move = chance.choice(board.moves())
+                    player.send("time 20", board.line_text(move))
+                    board = board.play(move)
+                    if board.end([]):
+                        break
+                    lines = player.read_to("move .*")
+                    best = board.find(lines[-1].split()[1], Board.line_text)
+                    self.assertTrue(best, f"{lines[-1]} on {board.fen()}")
+                    board, expected = board.play(best), (lines[-2].split("mainLine: ")[1].split() + [None] * 2)[1]
+                    if board.end([]):
+                        break
+            self.assertEqual(player.quit(), 0)
 
     def test_the_end_at_random_moments(self):
         chance = random.Random(5)
