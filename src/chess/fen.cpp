@@ -1,9 +1,8 @@
 #include "chess/fen.h"
 
+#include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
-#include <vector>
 
 #include "chess/attacks.h"
 #include "chess/castling_rights.h"
@@ -40,11 +39,15 @@ constexpr std::array<PieceLetter, 12> pieceLetters{{
     {'k', BlackKing},
 }};
 
+constexpr std::array<u8, 128> codesByLetter = [] {
+    std::array<u8, 128> codes{};
+    for (const PieceLetter& row : pieceLetters) codes[static_cast<std::size_t>(row.letter)] = row.code;
+    return codes;
+}();
+
 u8 codeOfLetter(char letter) {
-    for (const PieceLetter& row : pieceLetters) {
-        if (row.letter == letter) return row.code;
-    }
-    return offBoard;
+    const auto index = static_cast<u8>(letter);
+    return index < codesByLetter.size() ? codesByLetter[index] : offBoard;
 }
 
 char letterOfCode(u8 code) {
@@ -54,19 +57,31 @@ char letterOfCode(u8 code) {
     return '?';
 }
 
-std::vector<std::string_view> splitFields(std::string_view text) {
-    std::vector<std::string_view> fields;
-    for (std::size_t i = 0; i < text.size();) {
-        if (std::isspace(static_cast<unsigned char>(text[i]))) {
-            ++i;
-            continue;
-        }
-        const std::size_t start = i;
-        while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-        fields.push_back(text.substr(start, i - start));
-    }
-    return fields;
+constexpr bool isWhiteSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
+
+// The fields of a FEN; what the text lacks is empty.
+struct Fields {
+    std::string_view placement, side, castling, enPassant, fiftyMoves;
+
+    explicit Fields(std::string_view text)
+        : placement(take(text)),
+          side(take(text)),
+          castling(take(text)),
+          enPassant(take(text)),
+          fiftyMoves(take(text)) {}
+
+    bool areComplete() const { return !enPassant.empty(); }
+
+  private:
+    static std::string_view take(std::string_view& text) {
+        const auto from = std::find_if_not(text.begin(), text.end(), isWhiteSpace);
+        const auto to = std::find_if(from, text.end(), isWhiteSpace);
+        text = {to, text.end()};
+        return {from, to};
+    }
+};
 
 bool readPlacement(Position& p, std::string_view field) {
     int file = 0;
@@ -115,19 +130,25 @@ u8 readFiftyMoves(std::string_view field) {
     return static_cast<u8>(count < 255 ? count : 255);
 }
 
-bool setUp(Position& p, const std::vector<std::string_view>& fields) {
-    if (fields.size() < 4 || !readPlacement(p, fields[0])) return false;
-    if (p.whiteKing == noSquare || p.blackKing == noSquare) return false;
-    p.sideToMove = fields[1][0] == 'w' ? White : Black;
+// The men and the side to move. False if the placement is bad or a king is missing.
+bool setUpMen(Position& p, const Fields& fields) {
+    clearPosition(p);
+    if (!fields.areComplete() || !readPlacement(p, fields.placement)) return false;
+    p.sideToMove = fields.side.front() == 'w' ? White : Black;
+    return p.whiteKing != noSquare && p.blackKing != noSquare;
+}
+
+bool setUp(Position& p, const Fields& fields) {
+    if (!setUpMen(p, fields)) return false;
     if (!chess960) {
-        readNormalCastlings(p, fields[2]);
+        readNormalCastlings(p, fields.castling);
     } else if (shredderFen && !arenaCastlingNotation) {
-        readShredderCastlings(p, fields[2]);
+        readShredderCastlings(p, fields.castling);
     } else {
         deriveCastlings(p, true);
     }
-    readEnPassantField(p, fields[3]);
-    if (fields.size() > 4) p.state->fiftyMoves = readFiftyMoves(fields[4]);
+    readEnPassantField(p, fields.enPassant);
+    if (!fields.fiftyMoves.empty()) p.state->fiftyMoves = readFiftyMoves(fields.fiftyMoves);
     computeDerived(p);
     return !leftKingInCheck(p);
 }
@@ -156,13 +177,19 @@ std::string placementField(const Position& p) {
 
 bool readFen(std::string_view text) {
     const Position saved(gamePosition);
-    clearPosition(gamePosition);
-    if (!setUp(gamePosition, splitFields(text))) {
+    if (!setUp(gamePosition, Fields(text))) {
         gamePosition = saved;
         return false;
     }
     droppedGameMoves = 0;
     return true;
+}
+
+bool readFenMen(std::string_view text, Position& p) {
+    if (!setUpMen(p, Fields(text))) return false;
+    computePawnAttacks(p);
+    computeBitboards(p);
+    return !leftKingInCheck(p);
 }
 
 std::string writeFen(const Position& p) {

@@ -17,6 +17,11 @@ extern bool shredderFen;            // the protocol in use gives Chess960 castli
 // exactly one king a side, more men than the lists hold, or the side not to move in check.
 bool readFen(std::string_view text);
 
+// Puts the men, their counts and the attack filters of a FEN into `position`, at a fraction of the cost: no
+// keys, no castling rights, no en passant field, no former position to come back to. False, with the position
+// spoilt, for every text that readFen refuses. For tools that go through millions of positions.
+bool readFenMen(std::string_view text, Position& position);
+
 // The FEN of gamePosition; the move number counts the moves made since the position was set up.
 std::string writeFen();
 std::string writeFen(const Position& position);
