@@ -320,7 +320,8 @@ void tellProgress(i64 games) {
 
 }  // namespace
 
-bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimit) {
+bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimit,
+                 const std::function<void()>& atEnd) {
     const FileText file(path);
     if (!file.isOpen()) {
         sendText("Could not open file " + path + "!\n");
@@ -334,6 +335,7 @@ bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimi
         if (setStart(game) && walkGame(game, perMove, plyLimit, first) > 0) first = false;
         if (++games % 1000 == 0) tellProgress(games);
     }
+    atEnd();
     tellProgress(games);
     return true;
 }

@@ -52,9 +52,12 @@ using PgnVisitor = std::function<void(const PgnPly&)>;
 // Shows every move of a file's games, up to plyLimit in each, and plays it on gamePosition. A game ends early
 // at a move that cannot be read, and one whose FEN cannot be read is passed over; both are told, and the walk
 // goes on. Chess960 must be off. The visitor leaves gamePosition as it found it. It is not told which call is
-// the last: whoever has a report to give gives it when the walk returns.
+// the last: whoever has a report to give gives it in `atEnd`, which comes behind the last move of all, or if
+// there is none.
 //
 // False, with a line sent, if the file could not be opened; only a regular file can.
-bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimit);
+bool walkPgnFile(
+    const std::string& path, const PgnVisitor& perMove, i32 plyLimit,
+    const std::function<void()>& atEnd = [] {});
 
 }  // namespace valku

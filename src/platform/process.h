@@ -29,10 +29,11 @@ class ChildProcess {
     /// Ends a child that is still there the rough way and closes the pipes.
     ~ChildProcess();
 
-    /// Starts `programPath` with `arguments`. No shell is involved: a path or an argument with blanks arrives
-    /// as it is. The child's standard error goes the way of its standard output. The child lives outside this
-    /// process's console, so an interrupt typed there does not reach it. May be called once. False if the
-    /// child could not be started.
+    /// Starts `programPath` with `arguments`; a name without a slash is looked for where the system keeps its
+    /// programs. No shell is involved: a path or an argument with blanks arrives as it is. The child's
+    /// standard error goes the way of its standard output. The child lives outside this process's console, so
+    /// an interrupt typed there does not reach it. May be called once. False if the child could not be
+    /// started.
     bool start(const std::string& programPath, const std::vector<std::string>& arguments);
 
     /// Waits for the next line of the child's output and gives it without its line feed. False when the child
@@ -41,6 +42,16 @@ class ChildProcess {
 
     /// Sends the whole text, waiting while the pipe is full. False if the child no longer reads.
     bool write(std::string_view text);
+
+    enum class Output { some, none, ended };
+
+    /// For a child that may fall silent, also in the middle of a line: appends what it has written to `text`,
+    /// a block at the most, and waits up to `milliseconds` for that. Not to be mixed with `readLine`, which
+    /// reads ahead.
+    Output readSome(std::string& text, int milliseconds);
+
+    /// `write` for a child that may read no more: false also if it has taken nothing for `milliseconds`.
+    bool write(std::string_view text, int milliseconds);
 
     /// The child sees the end of its input.
     void closeInput();

@@ -1,4 +1,6 @@
 #include <fcntl.h>
+#include <limits.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -105,10 +107,20 @@ pid_t spawn(const std::string& programPath, const std::vector<std::string>& argu
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
 
     pid_t child = 0;
-    if (posix_spawn(&child, programPath.c_str(), &files, &attributes, words.data(), environ) != 0) child = 0;
+    if (posix_spawnp(&child, programPath.c_str(), &files, &attributes, words.data(), environ) != 0) child = 0;
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     return child;
+}
+
+/// False if nothing has come of it in time; an end or a failure counts as something.
+bool awaitEvent(int descriptor, short event, int milliseconds) {
+    pollfd waiting{descriptor, event, 0};
+    int found = 0;
+    do {
+        found = poll(&waiting, 1, milliseconds);
+    } while (found < 0 && errno == EINTR);
+    return found != 0;
 }
 
 }  // namespace
@@ -162,6 +174,27 @@ bool ChildProcess::readLine(std::string& line) {
 
 bool ChildProcess::write(std::string_view text) {
     return writeDescriptor(impl->toChild.get(), text);
+}
+
+ChildProcess::Output ChildProcess::readSome(std::string& text, int milliseconds) {
+    const int descriptor = impl->fromChild.get();
+    if (!awaitEvent(descriptor, POLLIN, milliseconds)) return Output::none;
+    std::array<char, 8192> block;
+    const std::size_t count = readDescriptor(descriptor, block.data(), block.size());
+    text.append(block.data(), count);
+    return count == 0 ? Output::ended : Output::some;
+}
+
+bool ChildProcess::write(std::string_view text, int milliseconds) {
+    const int descriptor = impl->toChild.get();
+    while (!text.empty()) {
+        // A pipe that has room has room for so much.
+        const std::string_view piece = text.substr(0, PIPE_BUF);
+        if (!awaitEvent(descriptor, POLLOUT, milliseconds) || !writeDescriptor(descriptor, piece))
+            return false;
+        text.remove_prefix(piece.size());
+    }
+    return true;
 }
 
 void ChildProcess::closeInput() {

@@ -11,6 +11,12 @@ namespace valku {
 /// at the same time may mix their texts; the caller holds a lock where that matters.
 void writeStandardOutput(std::string_view text);
 
+/// True if a person reads standard error, so that the progress of long work may be shown there.
+bool errorOutputIsTerminal();
+
+/// The same as writeStandardOutput, for standard error.
+void writeErrorOutput(std::string_view text);
+
 /// The process's standard input. It keeps a block of its own: nothing else may read that input beside it.
 LineReader& standardInput();
 

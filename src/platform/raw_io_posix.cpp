@@ -6,9 +6,25 @@
 
 namespace valku {
 
-void writeStandardOutput(std::string_view text) {
+namespace {
+
+void writeOutput(int descriptor, std::string_view text) {
     [[maybe_unused]] static const bool pipesIgnored = (ignoreBrokenPipes(), true);
-    writeDescriptor(STDOUT_FILENO, text);
+    writeDescriptor(descriptor, text);
+}
+
+}  // namespace
+
+void writeStandardOutput(std::string_view text) {
+    writeOutput(STDOUT_FILENO, text);
+}
+
+bool errorOutputIsTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+void writeErrorOutput(std::string_view text) {
+    writeOutput(STDERR_FILENO, text);
 }
 
 LineReader& standardInput() {

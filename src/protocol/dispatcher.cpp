@@ -162,14 +162,14 @@ constexpr Command commands[] = {
     {"eval", Match::whole, [](std::string_view) { showEvaluation(); }},
     {"mirror", Match::whole, [](std::string_view) { mirror(); }},
     {"variant fischerandom", Match::whole, [](std::string_view) { chess960 = !chess960; }},
-    {"testeval", Match::prefix, nullptr},
+    {"testeval", Match::prefix, [](std::string_view rest) { toolPort.testEval(rest); }},
     {"benchmark", Match::prefix, [](std::string_view rest) { toolPort.benchmark(rest); }},
     {"benchfromfile", Match::prefix, [](std::string_view rest) { toolPort.benchFromFile(rest); }},
-    {"checkMissEvals", Match::prefix, nullptr},
-    {"gameStats", Match::prefix, nullptr},
-    {"generateTestposEval", Match::prefix, nullptr},
-    {"callengine", Match::prefix, nullptr},
-    {"learnfile2matrix", Match::prefix, nullptr},
+    {"checkMissEvals", Match::prefix, [](std::string_view rest) { toolPort.checkMissEvals(rest); }},
+    {"gameStats", Match::prefix, [](std::string_view rest) { toolPort.gameStats(rest); }},
+    {"generateTestposEval", Match::prefix, [](std::string_view rest) { toolPort.generateTestposEval(rest); }},
+    {"callengine", Match::prefix, [](std::string_view rest) { toolPort.callEngine(rest); }},
+    {"learnfile2matrix", Match::prefix, [](std::string_view rest) { toolPort.learnFileToMatrix(rest); }},
 };
 
 // Behind the moves of an XBoard interface, so that no word can be taken for one.

@@ -9,6 +9,12 @@ namespace valku {
 struct ToolPort {
     void (*benchmark)(std::string_view arguments);
     void (*benchFromFile)(std::string_view arguments);
+    void (*testEval)(std::string_view arguments);
+    void (*gameStats)(std::string_view arguments);
+    void (*checkMissEvals)(std::string_view arguments);
+    void (*generateTestposEval)(std::string_view arguments);
+    void (*callEngine)(std::string_view arguments);
+    void (*learnFileToMatrix)(std::string_view arguments);
 };
 
 extern ToolPort toolPort;

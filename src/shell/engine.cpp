@@ -24,7 +24,6 @@
 #include "protocol/hash_report.h"
 #include "protocol/parameters.h"
 #include "protocol/search_output.h"
-#include "protocol/tool_port.h"
 #include "protocol/uci.h"
 #include "protocol/xboard.h"
 #include "search/hash_table.h"
@@ -36,7 +35,7 @@
 #include "search/thinking_state.h"
 #include "shell/console_communicator.h"
 #include "shell/settings_file.h"
-#include "tools/benchmark.h"
+#include "tools/tool_commands.h"
 
 namespace valku {
 
@@ -133,7 +132,7 @@ void connectPorts() {
         snapshotKings();
         printBoard();
     };
-    toolPort = {.benchmark = benchmark, .benchFromFile = benchFromFile};
+    toolPort = toolCommands();
     searchPorts = {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,

@@ -1,0 +1,251 @@
+#include "tools/engine_labels.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "chess/attacks.h"
+#include "chess/fen.h"
+#include "chess/move_generation.h"
+#include "platform/clock.h"
+#include "platform/process.h"
+#include "search/format_text.h"
+#include "search/output.h"
+#include "search/search_control.h"
+#include "tools/arguments.h"
+#include "tools/position_values.h"
+
+namespace valku {
+
+namespace {
+
+// The number at the start of a text, blanks before it passed over.
+std::optional<i32> numberAt(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    i32 number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+struct Arguments {
+    std::string engine;
+    std::string input;
+    i32 depth;
+    std::string output;
+    i32 patienceSeconds;
+};
+
+// A number above 0.
+bool readCount(std::string_view word, i32& count) {
+    const auto result = std::from_chars(word.data(), word.data() + word.size(), count);
+    return result.ec == std::errc() && result.ptr == word.data() + word.size() && count > 0;
+}
+
+bool readArguments(std::string_view text, Arguments& arguments) {
+    constexpr i32 mostPatienceSeconds = 1'000'000;
+    arguments.engine = takeWord(text);
+    arguments.input = takeWord(text);
+    const std::string_view depth = takeWord(text);
+    arguments.output = takeWord(text);
+    const std::string_view patience = takeWord(text);
+    if (arguments.output.empty() || !takeWord(text).empty()) {
+        sendText("usage: callengine <engine> <input> <depth> <output> [<seconds of patience>]\n");
+        return false;
+    }
+    if (!readCount(depth, arguments.depth)) {
+        sendText("Error: the depth must be a number above 0!\n");
+        return false;
+    }
+    arguments.patienceSeconds = 60;
+    if (!patience.empty() && !readCount(patience, arguments.patienceSeconds)) {
+        sendText("Error: the patience must be a number of seconds above 0!\n");
+        return false;
+    }
+    arguments.patienceSeconds = std::min(arguments.patienceSeconds, mostPatienceSeconds);
+    return true;
+}
+
+// The other engine. Any program can be named as one, so nothing is taken for granted: it may die, fall
+// silent, read no more or talk without end.
+class OtherEngine {
+  public:
+    explicit OtherEngine(i32 seconds) : patienceSeconds(seconds) {}
+    OtherEngine(const OtherEngine&) = delete;
+    OtherEngine& operator=(const OtherEngine&) = delete;
+    ~OtherEngine() { dismiss(); }
+
+    // Once one of the next two has failed, the engine is of no more use; fault() says why. It is empty if
+    // only our own process is about to end.
+    const std::string& fault() const { return faultText; }
+
+    bool start(const std::string& program) {
+        if (!child.start(program, {})) return fail("could not be started");
+        if (!say("uci\n")) return false;
+        while (nextLine()) {
+            if (line == "uciok") return true;
+        }
+        return false;
+    }
+
+    bool search(const std::string& fen, i32 depth) {
+        constexpr std::string_view mark = "score cp";
+        lastScore.reset();
+        answerSize = 0;
+        if (!say("position fen " + fen + "\ngo depth " + std::to_string(depth) + "\n")) return false;
+        while (nextLine()) {
+            const std::size_t at = line.rfind(mark);
+            if (at != std::string_view::npos) lastScore = numberAt(line.substr(at + mark.size()));
+            if (line.find("bestmove ") != std::string_view::npos) return true;
+        }
+        return false;
+    }
+
+    // What the search has said last in hundredths of a pawn, from the side to move's view; none if it has
+    // not.
+    std::optional<i32> score() const { return lastScore; }
+
+  private:
+    static constexpr std::size_t mostLineSize = std::size_t{1} << 20;
+    static constexpr std::size_t mostAnswerSize = std::size_t{1} << 26;
+
+    bool fail(const char* why) {
+        faultText = why;
+        return false;
+    }
+
+    bool say(const std::string& text) {
+        return child.write(text, patienceSeconds * 1000) || fail("takes no more commands");
+    }
+
+    bool nextLine() {
+        std::size_t end = heard.find('\n', lineBegin);
+        while (end == std::string::npos) {
+            heard.erase(0, lineBegin);
+            lineBegin = 0;
+            const std::size_t known = heard.size();
+            if (known > mostLineSize || answerSize > mostAnswerSize) return fail("talks without end");
+            if (!listen()) return false;
+            answerSize += heard.size() - known;
+            end = heard.find('\n', known);
+        }
+        line = std::string_view(heard).substr(lineBegin, end - lineBegin);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        lineBegin = end + 1;
+        return true;
+    }
+
+    // Waits in short turns: a long one would hold up the end of our own process.
+    bool listen() {
+        constexpr int turnMs = 100;
+        const double began = steadySeconds();
+        while (!shutDownBegun) {
+            const ChildProcess::Output output = child.readSome(heard, turnMs);
+            if (output == ChildProcess::Output::some) return true;
+            if (output == ChildProcess::Output::ended) return fail("has ended in the middle of an answer");
+            if (steadySeconds() - began > patienceSeconds) return fail("gives no answer");
+        }
+        return false;
+    }
+
+    // Leaves it some time to end by itself, which a search in progress or a large table may take. What it
+    // says to that is drawn off, so that it is not kept waiting.
+    void dismiss() {
+        child.write("quit\n", 0);
+        child.closeInput();
+        const double end = steadySeconds() + (shutDownBegun ? 0.5 : 5);
+        while (!child.hasEnded() && steadySeconds() < end) {
+            heard.clear();
+            if (child.readSome(heard, 5) == ChildProcess::Output::ended) sleepMilliseconds(5);
+        }
+    }
+
+    ChildProcess child;
+    i32 patienceSeconds;
+    std::string faultText;
+    std::string heard;
+    std::size_t lineBegin = 0;  // in `heard`
+    std::string_view line;      // of `heard`
+    std::size_t answerSize = 0;
+    std::optional<i32> lastScore;
+};
+
+// Engines end, or give no answer at all, on a text that is no position, without a legal move, or in a drawn
+// game. Uses up gamePosition.
+bool canBeSearched(std::string_view fen) {
+    const std::size_t side = fen.find(' ') + 1;
+    if (side >= fen.size() || (fen[side] != 'w' && fen[side] != 'b')) return false;
+    if (!readFen(fen) || gamePosition.state->fiftyMoves >= 100) return false;
+    MoveList list;
+    generateAllMoves(gamePosition, list);
+    return countLegalMoves(gamePosition, list) > 0;
+}
+
+bool isBlackToMove(std::string_view fen) {
+    return fen[fen.find(' ') + 1] == 'b';
+}
+
+// Goes on until the input is at its end or something fails, which is told.
+void labelPositions(std::istream& input, OtherEngine& engine, i32 depth, std::ostream& output) {
+    const KeptGame keptGame;
+    i32 counter = 0;
+    i32 skipped = 0;
+    i32 withoutScore = 0;
+    for (std::string line; std::getline(input, line);) {
+        if (line.ends_with('\r')) line.pop_back();
+        if (line.empty()) break;
+        if (++counter % 1000 == 0) sendText(formatText("counter = %i\n", counter));
+        if (!canBeSearched(line)) {
+            ++skipped;
+        } else if (!engine.search(line, depth)) {
+            break;
+        } else if (const std::optional<i32> score = engine.score(); !score) {
+            ++withoutScore;
+        } else {
+            output << line << '\n'
+                   << (isBlackToMove(line) ? -i64{*score} : i64{*score}) << '\n'
+                   << std::flush;
+            if (!output) break;
+        }
+    }
+    if (skipped) sendText(formatText("skipped %i lines that cannot be searched\n", skipped));
+    if (withoutScore) sendText(formatText("passed over %i positions without a score\n", withoutScore));
+    if (input.bad()) sendText("Error: could not read input file!\n");
+    if (!output) sendText("Error: could not write output file!\n");
+}
+
+}  // namespace
+
+void callEngine(std::string_view text) {
+    stopThinking();
+    Arguments arguments;
+    if (!readArguments(text, arguments)) return;
+
+    // What an earlier run has written is not given up before it is clear that this one can begin.
+    std::ofstream output(arguments.output, std::ios::app);
+    if (!output) {
+        sendText("Error: could not open output file!\n");
+        return;
+    }
+    std::ifstream input(arguments.input);
+    std::error_code none;
+    if (!input) {
+        sendText("Error: could not open input file!\n");
+        return;
+    }
+    if (std::filesystem::equivalent(arguments.input, arguments.output, none)) {
+        sendText("Error: input and output are the same file!\n");
+        return;
+    }
+    OtherEngine engine(arguments.patienceSeconds);
+    if (engine.start(arguments.engine)) {
+        std::filesystem::resize_file(arguments.output, 0, none);
+        labelPositions(input, engine, arguments.depth, output);
+    }
+    if (!engine.fault().empty()) sendText("Error: the engine " + engine.fault() + "!\n");
+}
+
+}  // namespace valku

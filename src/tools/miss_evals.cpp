@@ -1,0 +1,132 @@
+#include "tools/miss_evals.h"
+
+#include <cstdlib>
+
+#include "chess/fen.h"
+#include "chess/side.h"
+#include "eval/weights.h"
+#include "platform/raw_io.h"
+#include "protocol/game_commands.h"
+#include "search/format_text.h"
+#include "search/output.h"
+#include "search/search_control.h"
+#include "tools/engine_games.h"
+
+namespace valku {
+
+namespace {
+
+constexpr i32 signatureCount = 12750;
+constexpr i32 endgameSignatures = 6375;  // added for endgames
+constexpr i32 evenSignature = 3187;
+
+// How often the engine was to move with a balance of material, and how often it misjudged that. Over all runs
+// of the process.
+u32 seen[signatureCount];
+u32 missed[signatureCount];
+
+enum class Outcome { lost, drawn, won };
+
+// Men of each kind, own less the opponent's.
+struct Balance {
+    i32 pawns, knights, bishops, rooks, queens;
+
+    bool isUsual() const {
+        const auto few = [](i32 men) { return std::abs(men) <= 2; };
+        return std::abs(pawns) <= 8 && few(knights) && few(bishops) && few(rooks) && few(queens);
+    }
+};
+
+template <Color Us>
+Balance balanceOf(const Position& p) {
+    constexpr Color Them = ~Us;
+    return {pawnCountOf<Us>(p) - pawnCountOf<Them>(p), knightCountOf<Us>(p) - knightCountOf<Them>(p),
+            bishopCountOf<Us>(p) - bishopCountOf<Them>(p), rookCountOf<Us>(p) - rookCountOf<Them>(p),
+            queenCountOf<Us>(p) - queenCountOf<Them>(p)};
+}
+
+bool isEndgame(const Position& p) {
+    return p.whiteMaterial + p.blackMaterial <=
+           endgameMaterial - 500 * (p.whiteQueenCount + p.blackQueenCount);
+}
+
+void countIn(u32 (&table)[signatureCount], i32 signature) {
+    // Several extreme differences at once lead out of the table.
+    if (signature >= 0 && signature < signatureCount) ++table[signature];
+}
+
+i32 signatureOf(const Position& p, const Balance& b) {
+    const i32 men = (((b.queens * 5 + b.rooks) * 5 + b.bishops) * 5 + b.knights) * 17;
+    return men + evenSignature + b.pawns + (isEndgame(p) ? endgameSignatures : 0);
+}
+
+// The result from the engine's side. False if the game has none.
+bool readOutcome(const PgnGame& game, Outcome& outcome) {
+    const PgnResult win = engineColor(game) == White ? PgnResult::whiteWon : PgnResult::blackWon;
+    const bool decided = game.result == PgnResult::whiteWon || game.result == PgnResult::blackWon;
+    if (!decided && game.result != PgnResult::draw) return false;
+    outcome = !decided ? Outcome::drawn : game.result == win ? Outcome::won : Outcome::lost;
+    return true;
+}
+
+bool isMiss(double own, double opponent, Outcome outcome) {
+    if (own - opponent <= 1.0) return false;
+    return (own > 0.5 && outcome != Outcome::won) || (own >= -0.5 && outcome == Outcome::lost);
+}
+
+const char* resultText(PgnResult result) {
+    switch (result) {
+        case PgnResult::whiteWon:
+            return " (1-0)\n";
+        case PgnResult::blackWon:
+            return " (0-1)\n";
+        default:
+            return " (½-½)\n";
+    }
+}
+
+void show(const PgnPly& ply, double own, double opponent) {
+    const PgnGame& game = ply.game;
+    sendText(std::string(game.white) + " - " + std::string(game.black) + " (" + std::string(game.resultText) +
+             "): " + writeFen(ply.position) + "\n");
+    sendText(formatText("own: %.2f ; opp: %.2f ", own, opponent) + resultText(game.result));
+    showEvaluation();
+    std::string key;
+    standardInput().readLine(key);
+}
+
+class MissSearch {
+  public:
+    void see(const PgnPly& ply) {
+        if (ply.ply <= 1) gameDone = false;
+        Outcome outcome;
+        if (gameDone || !engineIsToMove(ply) || !readOutcome(ply.game, outcome)) return;
+        const Position& p = ply.position;
+        const Balance balance = p.sideToMove == White ? balanceOf<White>(p) : balanceOf<Black>(p);
+        if (!balance.isUsual()) return;
+        const i32 signature = signatureOf(p, balance);
+        countIn(seen, signature);
+        if (ply.ply == 0) return;
+        const double own = commentOf(ply.game, ply.ply).value;
+        const double opponent = -commentOf(ply.game, ply.ply - 1).value;
+        if (!isMiss(own, opponent, outcome)) return;
+        countIn(missed, signature);
+        show(ply, own, opponent);
+        gameDone = true;
+    }
+
+  private:
+    bool gameDone = false;
+};
+
+}  // namespace
+
+void checkMissEvals(const std::string& file) {
+    stopThinking();
+    resetGame();
+    MissSearch search;
+    walkPgnFile(
+        file, [&](const PgnPly& ply) { search.see(ply); }, PgnGame::maxPlies);
+}
+
+}  // namespace valku

@@ -1,0 +1,69 @@
+#include "tools/quiet_positions.h"
+
+#include <fstream>
+#include <optional>
+#include <set>
+
+#include "book/pgn_reader.h"
+#include "chess/fen.h"
+#include "chess/random.h"
+#include "protocol/game_commands.h"
+#include "search/output.h"
+#include "search/search_control.h"
+#include "tools/position_values.h"
+
+namespace valku {
+
+namespace {
+
+constexpr const char* outputName = "testPosEval.txt";
+
+i32 randomUpTo(i32 limit) {
+    return static_cast<i32>(nextRandom() * limit);
+}
+
+class QuietPositions {
+  public:
+    void see(const PgnPly& ply) {
+        newest.reset();
+        if (ply.ply <= 1) {
+            skip = 15 + randomUpTo(30);
+        } else if (skip > 0) {
+            --skip;
+        } else if (staticValue(ply.position) == quiescenceValue(ply.position)) {
+            const auto [place, isNew] = fens.insert(writeFen(ply.position));
+            if (isNew) newest = place;
+            skip = 15 + randomUpTo(20);
+        }
+    }
+
+    // The last position of all only ends the collection.
+    void end() {
+        if (newest) fens.erase(*newest);
+        write();
+    }
+
+  private:
+    void write() const {
+        std::ofstream output(outputName);
+        for (const std::string& fen : fens) output << fen << '\n';
+        output.close();
+        if (!output) sendText(std::string("Error: could not write ") + outputName + "!\n");
+    }
+
+    std::set<std::string> fens;
+    std::optional<std::set<std::string>::iterator> newest;  // put in by the last call
+    i32 skip = 0;
+};
+
+}  // namespace
+
+void generateTestposEval(const std::string& file) {
+    stopThinking();
+    resetGame();
+    QuietPositions positions;
+    walkPgnFile(
+        file, [&](const PgnPly& ply) { positions.see(ply); }, PgnGame::maxPlies, [&] { positions.end(); });
+}
+
+}  // namespace valku
