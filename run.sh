@@ -11,8 +11,8 @@ stamp=$build/built
 # Nothing that the build reads is newer than the last one. Folders count too: their time tells of files removed.
 isBuilt() {
     [ -x "$engine" ] && [ -e "$stamp" ] &&
-        [ -z "$(find "$root/src" "$root/cmake" "$root/share" "$root/CMakeLists.txt" "$root/CMakePresets.json" \
-            -newer "$stamp" -print -quit)" ]
+        [ -z "$(find "$root/src" "$root/cmake" "$root/share/book.txt" "$root/CMakeLists.txt" \
+            "$root/CMakePresets.json" -newer "$stamp" -print -quit)" ]
 }
 
 build() {

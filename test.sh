@@ -15,7 +15,8 @@ esac
 
 . scripts/packages.sh
 needPackages cmake:cmake g++:c++ ninja-build:ninja python3:python3 libgtest-dev:/usr/include/gtest/gtest.h \
-    libgmock-dev:/usr/include/gmock/gmock.h libbenchmark-dev:/usr/include/benchmark/benchmark.h
+    libgmock-dev:/usr/include/gmock/gmock.h libbenchmark-dev:/usr/include/benchmark/benchmark.h \
+    python3-numpy:/usr/lib/python3/dist-packages/numpy
 
 cmake --preset "$preset"
 cmake --build --preset "$preset"
