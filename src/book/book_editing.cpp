@@ -31,23 +31,6 @@ bool isPromotion(int from, int to) {
     return gamePosition.board[from] == S::pawn && S::relativeRank(from) == 6 && S::relativeRank(to) == 7;
 }
 
-template <Color Us>
-u8 promotionPiece(char letter) {
-    using S = Side<Us>;
-    switch (letter) {
-        case 'B':
-            return S::bishop;
-        case 'N':
-            return S::knight;
-        case 'Q':
-            return S::queen;
-        case 'R':
-            return S::rook;
-        default:
-            return 0;
-    }
-}
-
 // The error text, or null if the move could be read.
 template <Color Us>
 const char* readMove(std::string_view text, const char* outOfRange, EditedMove& move) {
@@ -55,7 +38,7 @@ const char* readMove(std::string_view text, const char* outOfRange, EditedMove& 
     move = {squareOf(text), squareOf(text.substr(2))};
     move.rest = text.substr(4);
     if (!isPromotion<Us>(move.from, move.to)) return nullptr;
-    move.promotion = move.rest.empty() ? u8{0} : promotionPiece<Us>(move.rest.front());
+    move.promotion = move.rest.empty() ? u8{0} : promotionPiece(move.rest.front(), Us);
     if (!move.promotion) return "error in receivedAddMove: promotion error!\n";
     move.rest.remove_prefix(1);
     return nullptr;

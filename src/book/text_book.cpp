@@ -81,22 +81,6 @@ bool readMove(Branch& branch, BranchMove& move) {
     return true;
 }
 
-// 0 if it is no letter of a piece to promote to.
-u8 promotionPiece(char letter, bool white) {
-    switch (letter) {
-        case 'Q':
-            return white ? WhiteQueen : BlackQueen;
-        case 'R':
-            return white ? WhiteRook : BlackRook;
-        case 'B':
-            return white ? WhiteBishop : BlackBishop;
-        case 'N':
-            return white ? WhiteKnight : BlackKnight;
-        default:
-            return 0;
-    }
-}
-
 void enter(Move move, char value, Overwrite overwrite) {
     if (!isBookValue(value)) return;
     addBookMove(gamePosition.state->hashHigh, gamePosition.state->hashLow, static_cast<u8>(moveFrom(move)),
@@ -111,7 +95,7 @@ TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite o
     while (branch.peek() != endOfBranch) {
         BranchMove read;
         if (!readMove(branch, read)) return TextBookEnd::complete;
-        const u8 piece = promotionPiece(read.promotion, gamePosition.sideToMove == White);
+        const u8 piece = promotionPiece(read.promotion, static_cast<Color>(gamePosition.sideToMove));
         if (read.promotion && !piece) return TextBookEnd::wrongPromotion;
         const Move move = withPromotion(findLegalMove(read.from, read.to, gamePosition), piece);
         if (move == nullMove) continue;

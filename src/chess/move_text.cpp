@@ -9,23 +9,25 @@ namespace valku {
 
 namespace {
 
+struct PromotionLetter {
+    char letter;
+    u8 white;
+    u8 black;
+};
+
+constexpr PromotionLetter promotionLetters[] = {
+    {'N', WhiteKnight, BlackKnight},
+    {'B', WhiteBishop, BlackBishop},
+    {'R', WhiteRook, BlackRook},
+    {'Q', WhiteQueen, BlackQueen},
+};
+
+// 0 for what is no piece to promote to.
 char promotionLetter(u8 promotion) {
-    switch (promotion) {
-        case WhiteKnight:
-        case BlackKnight:
-            return 'N';
-        case WhiteRook:
-        case BlackRook:
-            return 'R';
-        case WhiteBishop:
-        case BlackBishop:
-            return 'B';
-        case WhiteQueen:
-        case BlackQueen:
-            return 'Q';
-        default:
-            return 0;
+    for (const PromotionLetter& row : promotionLetters) {
+        if (row.white == promotion || row.black == promotion) return row.letter;
     }
+    return 0;
 }
 
 const char* castlingText(u32 castling) {
@@ -34,19 +36,6 @@ const char* castlingText(u32 castling) {
 
 std::string coordinates(Move move) {
     return squareText(moveFrom(move)) + squareText(moveTo(move));
-}
-
-u8 promotionOf(char letter, Color us) {
-    switch (letter) {
-        case 'n':
-            return us == White ? WhiteKnight : BlackKnight;
-        case 'b':
-            return us == White ? WhiteBishop : BlackBishop;
-        case 'r':
-            return us == White ? WhiteRook : BlackRook;
-        default:
-            return 0;
-    }
 }
 
 struct SquarePair {
@@ -119,6 +108,13 @@ std::string squareText(int square) {
     return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
 }
 
+u8 promotionPiece(char letter, Color mover) {
+    for (const PromotionLetter& row : promotionLetters) {
+        if (row.letter == letter) return mover == White ? row.white : row.black;
+    }
+    return 0;
+}
+
 std::string moveToText(Move move) {
     const u32 castling = moveCastling(move);
     if (castling && chess960) return castlingText(castling);
@@ -188,11 +184,11 @@ Move uciTextToMove(std::string_view text, const Position& position) {
         const int from = makeSquare(text[0] - 'a', text[1] - '1');
         const int to = makeSquare(text[2] - 'a', text[3] - '1');
         squares = chess960 ? resolveChess960(position, from, to) : resolveNormal(position, from, to);
-        if (text.size() == 5) letter = text[4];
+        if (text.size() == 5 && text[4] >= 'a') letter = static_cast<char>(text[4] - 'a' + 'A');
     }
     const Move move = textToMove(squares.from, squares.to, squares.castling, position);
     if (move == nullMove || !isLegal(position, move)) return nullMove;
-    return withPromotion(move, promotionOf(letter, us));
+    return withPromotion(move, promotionPiece(letter, us));
 }
 
 }  // namespace valku

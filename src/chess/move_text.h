@@ -10,6 +10,9 @@ namespace valku {
 // Such as e4.
 std::string squareText(int square);
 
+// The mover's piece that a letter of N, B, R and Q names; 0 for any other character.
+u8 promotionPiece(char letter, Color mover);
+
 // Coordinates with an upper-case promotion letter; in Chess960 castling is O-O or O-O-O. The text of the
 // console and of main lines.
 std::string moveToText(Move move);

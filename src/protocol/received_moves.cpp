@@ -25,22 +25,6 @@ struct ReceivedMove {
     u8 promotion;
 };
 
-u8 promotionPiece(char letter, int to) {
-    const bool white = rankOf(to) == 7;
-    switch (letter | 0x20) {
-        case 'n':
-            return white ? WhiteKnight : BlackKnight;
-        case 'b':
-            return white ? WhiteBishop : BlackBishop;
-        case 'r':
-            return white ? WhiteRook : BlackRook;
-        case 'q':
-            return white ? WhiteQueen : BlackQueen;
-        default:
-            return 0;
-    }
-}
-
 // While the engine ponders, the board already holds the expected reply; castling is meant for the game as the
 // interface sees it.
 ReceivedMove readCastlingWord(bool isShort) {
@@ -54,7 +38,8 @@ ReceivedMove readMoveText(std::string_view text) {
     if (text == "O-O" || text == "O-O-O") return readCastlingWord(text == "O-O");
     const int from = makeSquare(text[0] - 'a', text[1] - '1');
     const int to = makeSquare(text[2] - 'a', text[3] - '1');
-    return {from, to, noCastling, promotionPiece(text.size() > 4 ? text[4] : ' ', to)};
+    const char letter = text.size() > 4 ? static_cast<char>(text[4] & ~0x20) : ' ';
+    return {from, to, noCastling, promotionPiece(letter, rankOf(to) == 7 ? White : Black)};
 }
 
 // The legal move that is meant, 0 if there is none. A castling word never means a plain king move.
