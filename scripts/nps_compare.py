@@ -16,6 +16,7 @@ import shutil
 import statistics
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 from pathlib import Path
@@ -48,10 +49,12 @@ class Engine:
     """A UCI engine in a process of its own."""
 
     def __init__(self, command, core):
-        path = shutil.which(command[0], path=SEARCH_PATH)
+        path = os.path.abspath(shutil.which(command[0], path=SEARCH_PATH))
         self.command = ([] if core is None else ["taskset", "-c", str(core)]) + [path] + command[1:]
+        # Where no settings lie about that name an opening book.
+        self.home = tempfile.TemporaryDirectory()
         self.process = subprocess.Popen(self.command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=subprocess.DEVNULL, text=True, bufsize=1)
+                                        stderr=subprocess.DEVNULL, text=True, bufsize=1, cwd=self.home.name)
         # A silent engine is ended, which ends the wait for its line too.
         self.watchdog = threading.Timer(ANSWER_SECONDS, self.process.kill)
         self.watchdog.start()
@@ -69,6 +72,7 @@ class Engine:
             self.process.wait()
         self.process.stdin.close()
         self.process.stdout.close()
+        self.home.cleanup()
 
     def send(self, line):
         self.process.stdin.write(line + "\n")
