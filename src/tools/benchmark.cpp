@@ -100,6 +100,7 @@ u64 benchPosition(const std::string& fen, i32 depth) {
     }
     sendText(formatText("Starting benchmarking position with depth %i...\n", depth));
     const u64 earlierNodes = totalNodes;
+    totalNodes = 0;  // an answer from the book searches nothing
     maxDepth = depth;
     timeControlled = false;
 
