@@ -9,6 +9,7 @@
 #include "chess/move_text.h"
 #include "platform/clock.h"
 #include "search/process_state.h"
+#include "search/search_control.h"
 #include "search/search_ports.h"
 #include "search/stop_word.h"
 #include "search/thinking_state.h"
@@ -76,7 +77,7 @@ bool tryBookMove() {
     if (abortThinking || (pondering && protocolMode != protocolUci)) return true;
     answerGiven = true;
     searchPorts.observer->moveChosen(move);
-    playGameMove(move);
+    changeGame([&] { playGameMove(move); });
     searchPorts.observer->bookMoveMade(move, static_cast<char>(picked->value));
     return true;
 }

@@ -150,7 +150,7 @@ void receiveMove(std::string_view text, bool ponderFlag) {
         return;
     }
     if (thinkingActive && !analyzing) return;
-    if (lookUp(received, gamePosition) == nullMove) return;  // and an analysis goes on
+    if (lookUp(received, copyGame()) == nullMove) return;  // and an analysis goes on
     stopThinking();
     const Move move = lookUp(received, gamePosition);  // the search may have ended in a move of its own
     if (move == nullMove) return;

@@ -18,6 +18,8 @@ namespace {
 // wish; and makes the step from one search to the next a single one.
 Mutex endOfSearchMutex;
 
+Mutex gameMutex;
+
 // Tells one search from the next, which may begin while somebody waits to stop the one.
 SharedNumber searchNumber{0};
 
@@ -88,7 +90,7 @@ void haltSearch() {
 void beginPonderSearch(Move expectedReply) {
     const std::lock_guard lock(endOfSearchMutex);
     forgetOldStops();
-    playGameMove(expectedReply);
+    changeGame([&] { playGameMove(expectedReply); });
     pondering = true;
     searchRunning = true;
     answerGiven = false;
@@ -99,6 +101,16 @@ void acknowledgeSearchEnd() {
     minimalSearchPending = false;
     searchRunning = false;
     if (stopAckWanted) stopAckEvent.signal();
+}
+
+void changeGame(const std::function<void()>& change) {
+    const std::lock_guard lock(gameMutex);
+    change();
+}
+
+Position copyGame() {
+    const std::lock_guard lock(gameMutex);
+    return gamePosition;
 }
 
 void moveNow() {

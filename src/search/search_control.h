@@ -1,6 +1,8 @@
 #pragma once
 
-#include "chess/types.h"
+#include <functional>
+
+#include "chess/position.h"
 #include "platform/shared_value.h"
 
 // Starting and ending search cycles from the thread that reads the commands. A wake-up is never lost: whoever
@@ -40,6 +42,11 @@ void endSearchForShutDown();
 // short search is not missed. In between nobody else may wait for an end.
 void expectSearchEnd();
 void awaitSearchEnd();
+
+// gamePosition during a search: changeGame on the thinking thread, copyGame on any other that cannot be sure
+// of the search's end. While a ponder search runs, gamePosition stands still.
+void changeGame(const std::function<void()>& change);
+Position copyGame();
 
 // The process is about to end; long work that starts one search after the other leaves off.
 extern SharedFlag shutDownBegun;

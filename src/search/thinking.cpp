@@ -204,7 +204,7 @@ void playBestMove() {
     answerGiven = true;
     mainLine.moves[0] = bestMove;  // an iteration that was stopped has cleared it
     searchPorts.observer->moveChosen(bestMove);
-    playGameMove(bestMove);
+    changeGame([] { playGameMove(bestMove); });
     searchPorts.observer->moveMade();
 }
 
@@ -250,7 +250,8 @@ void think(i32 depthLimit, double scheduledSeconds) {
         if (deepening.timer) deepening.timer->cancel();
         deepening.timer.reset();
         timeUsedUp = false;
-        gamePosition = rootPosition;  // the same position; its lists stand as the search leaves them
+        // The same position; its lists stand as the search leaves them.
+        changeGame([] { gamePosition = rootPosition; });
         if (protocolMode == protocolUci || !(pondering || abortThinking)) playBestMove();
     } else {
         awaitEndOfPondering();
