@@ -137,6 +137,14 @@ class BookTest(engine.EngineTest):
         self.book.write_bytes(image(book))
         return book
 
+    def check_shares(self, player, weights):
+        counts = collections.Counter(player.go("depth 5", "startpos").best for _ in range(1500))
+        expected = {move: 1500 * weight / sum(weights.values()) for move, weight in weights.items() if weight}
+        self.assertLessEqual(set(counts), set(expected))
+        # Chance alone fails less than once in a hundred million runs.
+        distance = sum((counts[move] - share) ** 2 / share for move, share in expected.items())
+        self.assertLess(distance, 50 + 2 * len(expected), counts)
+
 
 class Files(BookTest):
     def test_a_book_is_read_and_written_byte_for_byte(self):
@@ -184,21 +192,15 @@ class Files(BookTest):
         full.chmod(0o755)
         before = sorted(self.home.rglob("*"))
         refused = "Couldn´t open book-file!".encode().decode("latin-1")
-        for path, told in (("none/book", refused), ("", refused), ("folder", "...error: the book could not be written!")):
+        failed = "...error: the book could not be written!"
+        for path, told in (("none/book", refused), ("", refused), ("folder", failed)):
             self.assertEqual(self.console("writebook " + path)[-2:], ["Writing opening-book...", told])
         with mock.patch.object(engine.Engine, "program", str(full)):
-            self.assertEqual(self.console("writebook out")[-1], "...error: the book could not be written!")
+            self.assertEqual(self.console("writebook out")[-1], failed)
         self.assertEqual((sorted(self.home.rglob("*")), self.out.read_bytes()), (before, b"old"))
 
 
 class Choice(BookTest):
-    def check_shares(self, player, weights):
-        counts = collections.Counter(player.go("depth 5", "startpos").best for _ in range(1500))
-        expected = {move: 1500 * weight / sum(weights.values()) for move, weight in weights.items() if weight}
-        self.assertLessEqual(set(counts), set(expected))
-        # Chance alone fails once in a hundred million runs.
-        self.assertLess(sum((counts[move] - share) ** 2 / share for move, share in expected.items()), 50, counts)
-
     def test_how_often_moves_are_played(self):
         every = {"e2e4": 700, "d2d4": 300, "c2c4": 0, "g1f3": 200, "b2b3": 900, "g2g3": 50, "f2f4": 100}
         self.make("d2d4b e2e4a g1f3a")
@@ -323,11 +325,12 @@ class Filling(BookTest):
         self.assertEqual(len(re.findall(complaint, said)), 7)
         self.assertIn("\nerror in convertPGNMove2move: move could not be correctly converted!\n"
                       "Error: the FEN of a game cannot be read: 8/8 w\nWent through 22 games...", said)
-        self.settings("bookFile=out")
+        self.settings("bookFile=out", "weightD=50")
         (low, high), = self.keys((START,))
-        moves, player = book[low & 0xFFFF][high], self.ready_engine(directory=self.home)
-        self.assertEqual({player.go("depth 5", "startpos").best for _ in range(100)},
-                         {texts[move] for move, value in moves.items() if value == "a"})
+        moves = book[low & 0xFFFF][high]
+        weights = dict(zip(VALUES, (900, 400, 100, 50, 0, 0, 0)))
+        self.check_shares(self.ready_engine("BestBookMovesOnly value false", directory=self.home),
+                          {texts[move]: weights[value] for move, value in moves.items()})
         data, said = self.saved(*("rmmove " + texts[move] for move in moves))
         del book[low & 0xFFFF][high]
         self.assertEqual((data, said[-9:]), (image(book), report(book)))
