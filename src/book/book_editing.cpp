@@ -58,9 +58,8 @@ const char* addMove(std::string_view text) {
         return "error in receivedAddMove: value out of range!\n";
     if (findLegalMove(move.from, move.to, gamePosition) == nullMove)
         return "error in receivedAddMove: illegal move!\n";
-    const StateRecord& state = *gamePosition.state;
-    addBookMove(state.hashHigh, state.hashLow, static_cast<u8>(move.from), static_cast<u8>(move.to),
-                move.promotion, move.rest.front(), Overwrite::always);
+    addBookMove(gamePosition, makeMoveWord(move.from, move.to, move.promotion), move.rest.front(),
+                Overwrite::always);
     return nullptr;
 }
 

@@ -1,6 +1,5 @@
 #include "book/book_import.h"
 
-#include <array>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
@@ -160,10 +159,7 @@ char valueOf(std::string_view glyphs, char otherwise) {
 void addPgnMove(const PgnPly& ply, const PgnImport& import) {
     const SideImport& side = ply.position.sideToMove == White ? import.white : import.black;
     if (side.value == leaveOut) return;
-    const StateRecord& state = *ply.position.state;
-    addBookMove(state.hashHigh, state.hashLow, static_cast<u8>(moveFrom(ply.move)),
-                static_cast<u8>(moveTo(ply.move)), movePromotion(ply.move),
-                valueOf(ply.game.plies[ply.ply].glyphs, side.value), side.overwrite);
+    addBookMove(ply.position, ply.move, valueOf(ply.game.plies[ply.ply].glyphs, side.value), side.overwrite);
 }
 
 }  // namespace

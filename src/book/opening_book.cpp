@@ -68,6 +68,11 @@ void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char v
     }
 }
 
+void addBookMove(const Position& position, Move move, char value, Overwrite overwrite) {
+    addBookMove(position.state->hashHigh, position.state->hashLow, static_cast<u8>(moveFrom(move)),
+                static_cast<u8>(moveTo(move)), movePromotion(move), value, overwrite);
+}
+
 void removeBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion) {
     std::vector<BookPosition>& bucket = bucketOf(hashLow);
     const auto position = findPosition(bucket, hashHigh);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "chess/types.h"
+#include "chess/position.h"
 
 // The opening book in memory: positions, known by 48 bits of their keys, and their moves. Read by the
 // thinking thread and changed by commands only while that thread is idle, so there is no lock.
@@ -51,6 +51,9 @@ const BookPosition* findBookPosition(u32 hashHigh, u32 hashLow);
 
 // `value` must be a letter of the book.
 void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char value, Overwrite overwrite);
+
+// A move of `position`; castling is the king's.
+void addBookMove(const Position& position, Move move, char value, Overwrite overwrite);
 
 // Takes the move out, and the position with its last move. Nothing if it is not there.
 void removeBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion);

@@ -81,12 +81,6 @@ bool readMove(Branch& branch, BranchMove& move) {
     return true;
 }
 
-void enter(Move move, char value, Overwrite overwrite) {
-    if (!isBookValue(value)) return;
-    addBookMove(gamePosition.state->hashHigh, gamePosition.state->hashLow, static_cast<u8>(moveFrom(move)),
-                static_cast<u8>(moveTo(move)), movePromotion(move), value, overwrite);
-}
-
 TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite overwrite) {
     if (branch.ply < 0) return TextBookEnd::complete;
     while (stackedMoves(gamePosition) + droppedGameMoves > branch.ply && takeBackGameMove()) {
@@ -99,7 +93,8 @@ TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite o
         if (read.promotion && !piece) return TextBookEnd::wrongPromotion;
         const Move move = withPromotion(findLegalMove(read.from, read.to, gamePosition), piece);
         if (move == nullMove) continue;
-        enter(move, values.at(read.value), overwrite);
+        const char value = values.at(read.value);
+        if (isBookValue(value)) addBookMove(gamePosition, move, value, overwrite);
         playGameMove(move);
     }
     return TextBookEnd::complete;

@@ -45,11 +45,6 @@ constexpr std::array<u8, 128> codesByLetter = [] {
     return codes;
 }();
 
-u8 codeOfLetter(char letter) {
-    const auto index = static_cast<u8>(letter);
-    return index < codesByLetter.size() ? codesByLetter[index] : offBoard;
-}
-
 char letterOfCode(u8 code) {
     for (const PieceLetter& row : pieceLetters) {
         if (row.code == code) return row.letter;
@@ -175,6 +170,11 @@ std::string placementField(const Position& p) {
 
 }  // namespace
 
+u8 codeOfLetter(char letter) {
+    const auto index = static_cast<u8>(letter);
+    return index < codesByLetter.size() ? codesByLetter[index] : offBoard;
+}
+
 bool readFen(std::string_view text) {
     const Position saved(gamePosition);
     if (!setUp(gamePosition, Fields(text))) {
@@ -210,10 +210,6 @@ int mirrorRight(int square) {
     return square == noSquare ? noSquare : mirrorRank(square);
 }
 
-u8 otherColor(u8 code) {
-    return static_cast<u8>(code ^ (whiteFlag | blackFlag));
-}
-
 }  // namespace
 
 void mirrorPosition() {
@@ -235,8 +231,8 @@ void mirrorPosition() {
     placeList(source.whiteBishops, BlackBishop);
     placeList(source.whiteRooks, BlackRook);
     placeList(source.whiteQueens, BlackQueen);
-    placeMan(p, otherColor(BlackKing), mirrorRank(source.blackKing));
-    placeMan(p, otherColor(WhiteKing), mirrorRank(source.whiteKing));
+    placeMan(p, WhiteKing, mirrorRank(source.blackKing));
+    placeMan(p, BlackKing, mirrorRank(source.whiteKing));
     p.sideToMove = source.sideToMove ^ 1;
     const StateRecord& old = *source.state;
     p.state->epField = static_cast<u8>(old.epField == noEpField ? noEpField : mirrorRank(old.epField));

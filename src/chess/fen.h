@@ -13,6 +13,9 @@ extern SharedFlag chess960;         // Chess960 castling text and rights
 extern bool arenaCastlingNotation;  // castling moves are written O-O, and a FEN's castling field is not read
 extern bool shredderFen;            // the protocol in use gives Chess960 castling rights as rook files
 
+// The man that a letter of a FEN stands for, upper case for White; offBoard if none.
+u8 codeOfLetter(char letter);
+
 // Sets gamePosition. False, with the old position kept, if the text is no position: bad placement, not
 // exactly one king a side, more men than the lists hold, or the side not to move in check.
 bool readFen(std::string_view text);

@@ -107,6 +107,11 @@ constexpr bool isManOf(Color color, u8 code) {
     return (code & mask) == mask;
 }
 
+// The same man of the other colour.
+constexpr u8 otherColor(u8 code) {
+    return static_cast<u8>(code ^ (whiteFlag | blackFlag));
+}
+
 // A move word: bits 0-7 destination, 8-15 origin, 16-23 promotion piece code, 24-31 castling mark. 0 is the
 // null move. An en passant capture has no mark: it is a pawn move to the en passant field.
 using Move = u32;

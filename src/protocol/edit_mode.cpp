@@ -3,6 +3,7 @@
 #include <string>
 
 #include "chess/edited_board.h"
+#include "chess/fen.h"
 #include "protocol/board_output.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/search_output.h"
@@ -30,17 +31,6 @@ constexpr Fault faults[] = {
     {BoardFault::tooManyMen, "a side has more men than there are"},
     {BoardFault::pawnRank, "a pawn stands on the first or last rank"},
     {BoardFault::check, "the side that is not to move is in check"},
-};
-
-struct PieceCode {
-    char letter;
-    u8 white;
-    u8 black;
-};
-
-constexpr PieceCode pieceCodes[] = {
-    {'P', WhitePawn, BlackPawn}, {'N', WhiteKnight, BlackKnight}, {'B', WhiteBishop, BlackBishop},
-    {'R', WhiteRook, BlackRook}, {'Q', WhiteQueen, BlackQueen},   {'K', WhiteKing, BlackKing},
 };
 
 // A board that the engine was too busy to hand over is taken later.
@@ -80,10 +70,9 @@ void placeMan(std::string_view line) {
     const int file = line[1] - 'a';
     const int rank = line[2] - '1';
     if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
-    for (const PieceCode& row : pieceCodes) {
-        if (row.letter == line[0])
-            board.place(placedColor == White ? row.white : row.black, makeSquare(file, rank));
-    }
+    const u8 white = codeOfLetter(line[0]);
+    if (!isManOf(White, white)) return;  // men are named by capitals, whatever their colour
+    board.place(placedColor == White ? white : otherColor(white), makeSquare(file, rank));
 }
 
 }  // namespace
