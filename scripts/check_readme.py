@@ -3,9 +3,9 @@
 
 The options are compared with what the engine says to `uci`: names, order, types, ranges and defaults. The settings are
 compared with the table in src/protocol/parameters.cpp and the variables that it names: keys, order, checks and
-defaults. A setting that the README calls unread must be one that nothing else under src/ mentions, and the other way
-round. The session at the terminal is typed into the engine, which must answer as the README shows. Prints every
-difference; the exit code tells whether there was one.
+defaults; and a key must go to the variable of its name. A setting that the README calls unread must be one that
+nothing else under src/ mentions, and the other way round. The session at the terminal is typed into the engine, which
+must answer as the README shows. Prints every difference; the exit code tells whether there was one.
 """
 
 import re
@@ -138,6 +138,8 @@ def main():
 
     found = list(differences("options", readme_table("UCI option"), list(options_of_engine(sys.argv[1]))))
     found += differences("settings", settings_said, real_settings)
+    found += [f"settings: {key} goes to {variable}" for key, _, variable in settings
+              if variable not in ("", key, "bookWeights")]
     found += unread_differences(settings_said, settings, sources)
     found += session_differences(sys.argv[1])
     for difference in found:

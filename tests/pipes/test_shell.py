@@ -9,7 +9,7 @@ import unittest
 
 import engine
 from rules import Board
-from test_uci import IDENTIFICATION, PAWN_ENDING, report
+from test_uci import IDENTIFICATION, MIDDLE_GAME, PAWN_ENDING, report
 
 DEFAULT_TABLE = 2097152
 
@@ -99,6 +99,8 @@ class Settings(engine.EngineTest):
             ("  rookValue=12345\n", dict(rook=345)),  # the removal takes as much more as the key stands in the line
             ("xrookValue=12345\n", dict(rook=0)),
             ("pawnValue=90 rookValue=300\n", dict(pawn=90, rook=0, e2=381 + 2 * 1250)),
+            ("pawnValue= 80 points\nPawnValue=70\nrookValue 60\nqueenValue=99999999999999",
+             dict(pawn=80, queen=100000, e2=381 + 2 * 100080)),  # cut to what the sums can bear
             ("pawnValue=80", dict(pawn=80, e2=381 + 2 * 1240)),
         ]
         for settings, changes in cases:
@@ -124,6 +126,11 @@ class Settings(engine.EngineTest):
                          "info string TBPath is /no such/place, including 0-men TBs.")
         player.send("eval")
         self.assertEqual(player.read_to("info string eval .*")[-1], "info string eval is: 20")
+        # The king attack table follows the option, and only the option.
+        words = [f"position fen {MIDDLE_GAME}", "eval"]
+        values = [player.read_to("info string eval .*")[-1] for player in (
+            self.engine(settings=settings, words=("uci", *words)) for settings in ("", "kingSafety=300\n"))]
+        self.assertEqual(*values)
 
     def test_files_that_cannot_be_read(self):
         def filled_with(content):

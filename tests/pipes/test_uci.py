@@ -247,6 +247,15 @@ class Searches(engine.EngineTest):
             (endings, "wtime 4000 btime 4000 movestogo 1", "5 4.00 0.00 0.40 0.80"),
             (endings, "wtime 25000 btime 25000", "25 25.00 0.00 1.00 2.00"),
             (endings, "wtime 3000 winc 10000", "25 3.00 10.00 0.50 1.00"),
+            # A sixth of the clock, for the increment is too large to halve.
+            (endings, "wtime 4000 winc 11 movestogo 1", "5 4.00 0.01 0.67 1.33"),
+            (endings, "wtime 30000", "25 30.00 0.00 1.20 2.40"),  # twice the schedule, not 40 percent of the clock
+            (endings, "wtime 30010", "25 30.01 0.00 1.20 12.00"),
+            (endings, "wtime 25000 winc 1000", "25 25.00 1.00 2.00 10.00"),
+            (endings, "wtime 6000 winc 1000", "25 6.00 1.00 1.00 2.00"),
+            (endings, "wtime 6001 winc 10", "25 6.00 0.01 0.25 2.40"),
+            (endings, "wtime 60000 movestogo 2", "6 60.00 0.00 10.00 24.00"),
+            (endings, "wtime 60000 movestogo 25", "25 60.00 0.00 2.40 24.00"),
             (forced, "btime 100000", "25 100.00 0.00 0.80 40.00"),
             (endings, "wtime 99999999999999999999 movestogo 99999999999999999999",
              "25 2147483.65 0.00 85899.35 858993.46"),
@@ -259,7 +268,7 @@ class Searches(engine.EngineTest):
                 moves, remaining, increment, schedule, limit = figures.split()
                 if doubled:
                     player.send("ucinewgame")
-                    schedule = {"0.40": "0.80", "4.62": "9.23", "-0.83": "-1.67", "85899.35": "171798.69"}.get(
+                    schedule = {"0.67": "1.33", "4.62": "9.23", "-0.83": "-1.67", "85899.35": "171798.69"}.get(
                         schedule, f"{2 * float(schedule):.2f}")
                 player.send("position " + position, "go " + arguments, "stop")
                 answer = player.answer()

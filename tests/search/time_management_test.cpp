@@ -34,37 +34,6 @@ class TimeManagement : public ::testing::Test {
     RecordingObserver observer;
 };
 
-TEST_F(TimeManagement, UciClocks) {
-    protocolMode = protocolUci;
-    const struct {
-        i32 clockMs, incrementMs, movestogo, moves;
-        double schedule, limit;
-    } cases[] = {
-        {4000, 11, 1, 5, 2.0 / 3, 4.0 / 3},  // a sixth of the clock, for the increment is too large to halve
-        {30000, 0, 0, 25, 1.2, 2.4},         // twice the schedule, not 40 percent of the clock
-        {30001, 0, 0, 25, 30.001 / 25, 30.001 * 0.4},
-        {25000, 1000, 0, 25, 2.0, 10.0},
-        {6000, 1000, 0, 25, 1.0, 2.0},  // 1.24, but a sixth of the clock is less
-        {6001, 10, 0, 25, 6.001 / 25 + 0.01, 6.001 * 0.4},
-        {60000, 0, 25, 25, 2.4, 24.0},
-        {60000, 0, 40, 25, 2.4, 24.0},
-        {60000, 0, 2, 6, 10.0, 24.0},
-        {0, 0, 0, 25, 0.0, 0.0},
-    };
-    for (const auto& c : cases) {
-        clockValues.wtime = c.clockMs;
-        clockValues.winc = c.incrementMs;
-        clockValues.movestogo = c.movestogo;
-        const double schedule = scheduleTime();
-        EXPECT_NEAR(schedule, c.schedule, 1e-9) << c.clockMs << ' ' << c.movestogo;
-        EXPECT_NEAR(hardLimit(schedule), c.limit, 1e-9) << c.clockMs << ' ' << c.movestogo;
-        EXPECT_EQ(observer.clockMoves, c.moves);
-    }
-    clockValues.infiniteSearch = true;
-    EXPECT_EQ(scheduleTime(), unlimitedSeconds);
-    EXPECT_EQ(hardLimit(unlimitedSeconds), 2 * unlimitedSeconds);
-}
-
 TEST_F(TimeManagement, LevelClocks) {
     protocolMode = protocolXboard;
     const struct {
