@@ -14,6 +14,9 @@ namespace valku {
 
 std::int64_t currentProcessId();
 
+/// False for a terminal, a file, or nothing at all: only a pipe's end tells that whoever held it is gone.
+bool standardInputIsPipe();
+
 /// A path by which this program can be started again from any working directory. `argv0` is the first word of
 /// the command line, the answer where the system cannot tell.
 std::string ownProgramPath(const std::string& argv0);
@@ -36,6 +39,9 @@ class ChildProcess {
     /// started.
     bool start(const std::string& programPath, const std::vector<std::string>& arguments);
 
+    /// The same, but the child writes where this process writes instead of to a pipe.
+    bool startBeside(const std::string& programPath, const std::vector<std::string>& arguments);
+
     /// Waits for the next line of the child's output and gives it without its line feed. False when the child
     /// has closed its output, as it does by ending.
     bool readLine(std::string& line);
@@ -43,11 +49,14 @@ class ChildProcess {
     /// Sends the whole text, waiting while the pipe is full. False if the child no longer reads.
     bool write(std::string_view text);
 
+    /// Would a read come back at once, with text or with the news of the end?
+    bool hasOutput();
+
     enum class Output { some, none, ended };
 
     /// For a child that may fall silent, also in the middle of a line: appends what it has written to `text`,
-    /// a block at the most, and waits up to `milliseconds` for that. Not to be mixed with `readLine`, which
-    /// reads ahead.
+    /// a block at the most, and waits up to `milliseconds` for that, for ever if it is negative. Not to be
+    /// mixed with `readLine`, which reads ahead.
     Output readSome(std::string& text, int milliseconds);
 
     /// `write` for a child that may read no more: false also if it has taken nothing for `milliseconds`.

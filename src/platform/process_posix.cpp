@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,6 +30,11 @@ void exitProcess(int code) {
 
 std::int64_t currentProcessId() {
     return getpid();
+}
+
+bool standardInputIsPipe() {
+    struct stat state {};
+    return fstat(STDIN_FILENO, &state) == 0 && (S_ISFIFO(state.st_mode) || S_ISSOCK(state.st_mode));
 }
 
 std::string ownProgramPath(const std::string& argv0) {
@@ -168,12 +174,25 @@ bool ChildProcess::start(const std::string& programPath, const std::vector<std::
     return impl->process != 0;
 }
 
+bool ChildProcess::startBeside(const std::string& programPath, const std::vector<std::string>& arguments) {
+    if (impl->process != 0) return false;
+    ignoreBrokenPipes();
+    Descriptor childInput;
+    if (!makePipe(childInput, impl->toChild)) return false;
+    impl->process = spawn(programPath, arguments, childInput.get(), STDOUT_FILENO);
+    return impl->process != 0;
+}
+
 bool ChildProcess::readLine(std::string& line) {
     return impl->reader.readLine(line);
 }
 
 bool ChildProcess::write(std::string_view text) {
     return writeDescriptor(impl->toChild.get(), text);
+}
+
+bool ChildProcess::hasOutput() {
+    return awaitEvent(impl->fromChild.get(), POLLIN, 0);
 }
 
 ChildProcess::Output ChildProcess::readSome(std::string& text, int milliseconds) {

@@ -41,6 +41,10 @@ class SharedMemory {
     /// In bytes, as given to `create`.
     std::uint64_t size() const { return length; }
 
+    /// Removes the blocks of dead engines among the ids from `firstId` on, `count` of them. Blocks that
+    /// anybody may still be using are left alone.
+    static void removeStale(int firstId, int count);
+
   private:
     SharedMemoryResult attach(int newSegment);
 

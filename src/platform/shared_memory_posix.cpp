@@ -100,6 +100,13 @@ SharedMemoryResult SharedMemory::open(int id) {
     return attach(existing);
 }
 
+void SharedMemory::removeStale(int firstId, int count) {
+    for (int id = firstId; id < firstId + count; ++id) {
+        const int existing = shmget(id, 0, onlyThisUser);
+        if (existing >= 0) removeIfStale(existing);
+    }
+}
+
 bool SharedMemory::close() {
     if (start == nullptr) return true;
     // The mark must stand before we detach: from then on the last one to detach takes the segment with it.

@@ -10,7 +10,8 @@ namespace valku {
 /// Makes the system's sockets ready for use; may be called any number of times. 0 or an error code.
 int startSockets();
 
-/// The first IPv4 address of `host`, a name or a dotted address, as dotted text. Empty if there is none.
+/// The first IPv4 address of `host`, a name or a dotted address, as dotted text. Empty if there is none, or
+/// if those who know do not answer within a few seconds.
 std::string resolveHost(const std::string& host);
 
 /// One TCP socket, listening or connected. Operations that return an int give 0 or the system's error code.
@@ -28,8 +29,9 @@ class Socket {
     /// Lets a listener take a port that an earlier connection has not quite left. Before `bind`.
     int setReuseAddress();
 
-    /// Takes `port` on all addresses of this machine; port 0 takes any free one.
-    int bind(std::uint16_t port);
+    /// Takes `port`; port 0 takes any free one. On the dotted `address` of this machine, or on all of them if
+    /// it is empty.
+    int bind(std::uint16_t port, const std::string& address = {});
 
     int listen(int backlog);
 
@@ -50,6 +52,9 @@ class Socket {
     /// Waits for bytes and puts at most `size` of them at `to`. Returns their number, 0 when the other side
     /// has closed, and the negative error code after a failure.
     std::ptrdiff_t receive(char* to, std::size_t size);
+
+    /// Would `receive` come back at once, with bytes or with the news of the end?
+    bool hasInput() const;
 
     /// Ends the conversation in both directions; a `receive` or `accept` that waits in another thread
     /// returns.

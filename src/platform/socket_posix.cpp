@@ -10,11 +10,14 @@
 #include <array>
 #include <cerrno>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include "platform/clock.h"
+#include "platform/event.h"
 #include "platform/signals.h"
 #include "platform/socket.h"
+#include "platform/thread.h"
 
 namespace valku {
 
@@ -62,7 +65,38 @@ int startSockets() {
     return 0;
 }
 
-std::string resolveHost(const std::string& host) {
+namespace {
+
+/// A question that may take longer than anybody wants to wait; whoever comes last clears it away.
+class Lookup final : public Thread, public std::enable_shared_from_this<Lookup> {
+  public:
+    explicit Lookup(std::string name) : host(std::move(name)) {}
+
+    std::string ask() {
+        keptAlive = shared_from_this();
+        start();
+        if (!done.waitFor(patienceMs)) return {};
+        return address;
+    }
+
+    void run() override {
+        const std::shared_ptr<Lookup> self = std::move(keptAlive);
+        address = lookUp(host);
+        done.signal();
+    }
+
+  private:
+    static constexpr std::uint32_t patienceMs = 4000;
+
+    static std::string lookUp(const std::string& host);
+
+    const std::string host;
+    std::string address;
+    Event done;
+    std::shared_ptr<Lookup> keptAlive;
+};
+
+std::string Lookup::lookUp(const std::string& host) {
     addrinfo wanted{};
     wanted.ai_family = AF_INET;
     wanted.ai_socktype = SOCK_STREAM;
@@ -73,6 +107,12 @@ std::string resolveHost(const std::string& host) {
     const bool written = inet_ntop(AF_INET, &address->sin_addr, text.data(), text.size()) != nullptr;
     freeaddrinfo(found);
     return written ? text.data() : std::string();
+}
+
+}  // namespace
+
+std::string resolveHost(const std::string& host) {
+    return std::make_shared<Lookup>(host)->ask();
 }
 
 Socket::Socket(Socket&& other) noexcept {
@@ -103,9 +143,11 @@ int Socket::setNoDelay() {
     return setOption(handle, IPPROTO_TCP, TCP_NODELAY);
 }
 
-int Socket::bind(std::uint16_t port) {
-    const sockaddr_in address = addressOf(htonl(INADDR_ANY), port);
-    return errorOf(::bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+int Socket::bind(std::uint16_t port, const std::string& address) {
+    in_addr host{htonl(INADDR_ANY)};
+    if (!address.empty() && inet_pton(AF_INET, address.c_str(), &host) != 1) return EINVAL;
+    const sockaddr_in place = addressOf(host.s_addr, port);
+    return errorOf(::bind(handle, reinterpret_cast<const sockaddr*>(&place), sizeof place));
 }
 
 int Socket::listen(int backlog) {
@@ -163,6 +205,11 @@ std::ptrdiff_t Socket::receive(char* to, std::size_t size) {
         if (count >= 0) return count;
         if (errno != EINTR) return -errno;
     }
+}
+
+bool Socket::hasInput() const {
+    pollfd waiting{handle, POLLIN, 0};
+    return poll(&waiting, 1, 0) > 0;
 }
 
 void Socket::shutDown() {
