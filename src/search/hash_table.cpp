@@ -1,9 +1,11 @@
 #include "search/hash_table.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <string>
 
+#include "platform/shared_memory.h"
 #include "search/shared_pointer_table.h"
 #include "search/stop_word.h"
 
@@ -19,6 +21,7 @@ bool PreserveHash = true;
 namespace {
 
 constexpr i32 firstTableId = 1234000;
+constexpr i32 idsInUse = 256;  // more engines than a machine runs
 
 // A score near the fifty-move draw is not trusted nearer to it.
 constexpr int fiftyMarginOf(int fiftyMoves) {
@@ -51,6 +54,20 @@ struct UpperBound {
         entry.upperMove = nullMove;
     }
 };
+
+// The one word that processes say to each other. The fences bind the compiler alone: they keep it from
+// writing fields outside the lock, or from dropping a lock that it sees nobody look at. Between the
+// processes nothing is ordered; two writers may pass the test at once, and the later write wins field by
+// field. A process that dies here leaves an entry that nobody uses any more, one of millions.
+[[gnu::always_inline]] inline bool isLocked(HashEntry& entry) {
+    return std::atomic_ref<u8>(entry.lock).load(std::memory_order_relaxed) != 0;
+}
+
+[[gnu::always_inline]] inline void setLock(HashEntry& entry, u8 value) {
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    std::atomic_ref<u8>(entry.lock).store(value, std::memory_order_relaxed);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+}
 
 void markUsed(HashEntry& entry) {
     if (entry.flags & HashEntry::usedFlag) return;
@@ -93,8 +110,8 @@ template <class Bound, class OtherBound>
         score -= ply;
     }
     HashEntry* const victim = findVictim<Bound>(hashTable[hashLow & hashMask], hashHigh, score, depth);
-    if (!victim || victim->lock) return;
-    victim->lock = 1;
+    if (!victim || isLocked(*victim)) return;
+    setLock(*victim, 1);
     if (victim->check != hashHigh) OtherBound::forget(*victim);
     Bound::score(*victim) = static_cast<i16>(score);
     victim->check = hashHigh;
@@ -103,7 +120,7 @@ template <class Bound, class OtherBound>
     Bound::move(*victim) = move;
     if (!(victim->flags & HashEntry::usedFlag)) ++hashUsed;
     victim->flags = static_cast<u8>(fiftyMarginOf(fiftyMoves) * 8 + HashEntry::usedFlag);
-    victim->lock = 0;
+    setLock(*victim, 0);
 }
 
 template <class Action>
@@ -153,6 +170,7 @@ bool openTable() {
 
 // Takes the first number that nobody has, not even in the moment between the look and the creation.
 void createTable() {
+    SharedMemory::removeStale(firstTableId, idsInUse);
     constexpr u64 tooManyBuckets = u64{1} << 32;
     const u64 size = std::min(nHashTables, tooManyBuckets) * sizeof(HashBucket);
     for (sharedTableId = firstTableId;; ++sharedTableId) {
@@ -211,7 +229,7 @@ u32 hashFull() {
 bool probeHash(const StateRecord& state, HashEntry& found) {
     for (HashEntry& entry : hashTable[state.hashLow & hashMask].entries) {
         if (entry.check != state.hashHigh) continue;
-        if (entry.lock) return false;
+        if (isLocked(entry)) return false;
         markUsed(entry);
         found = entry;
         return true;
@@ -222,7 +240,7 @@ bool probeHash(const StateRecord& state, HashEntry& found) {
 Move readPvMove(const StateRecord& state) {
     for (HashEntry& entry : hashTable[state.hashLow & hashMask].entries) {
         if (entry.check != state.hashHigh) continue;
-        if (!entry.lock) markUsed(entry);
+        if (!isLocked(entry)) markUsed(entry);
         return entry.lowerMove;
     }
     return nullMove;
