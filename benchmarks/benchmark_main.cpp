@@ -11,6 +11,7 @@
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
 #include "distributed/split_root_search.h"
+#include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "protocol/parameters.h"
 #include "search/hash_table.h"
@@ -59,10 +60,11 @@ void startEngine() {
         .observer = &observer,
         .prepareSearches = prepareSearches,
         .splitRootSearch = splitRootSearch,
+        .splitSearch = splitSearch,
         .tryBookMove = [] { return false; },
     };
     rootSearchProcess = std::make_unique<RootSearchProcess>(false);
-    allProcesses.push_back(rootSearchProcess.get());
+    enterProcess(*rootSearchProcess);
 }
 
 }  // namespace

@@ -1,31 +1,88 @@
 #include "distributed/process_lists.h"
 
-#include <fstream>
+#include <algorithm>
+#include <mutex>
 
 #include "distributed/root_search_process.h"
-#include "platform/clock.h"
+#include "platform/mutex.h"
 
 namespace valku {
 
-std::vector<AbstractSearchProcess*> allProcesses;
-std::vector<AbstractSearchProcess*> localClients;
-std::vector<AbstractSearchProcess*> remoteClients;
+namespace {
+
+Mutex listMutex;
+ProcessList processes;
+
+// How many there are, for those who only want to know whether there is any.
+SharedNumber localCount{0};
+SharedNumber remoteCount{0};
+
+SharedNumber& countOf(ProcessKind kind) {
+    return kind == ProcessKind::localClient ? localCount : remoteCount;
+}
+
+ProcessList processesOf(ProcessKind kind) {
+    const std::lock_guard lock(listMutex);
+    ProcessList chosen;
+    std::copy_if(processes.begin(), processes.end(), std::back_inserter(chosen),
+                 [&](const AbstractSearchProcess* process) { return process->kind == kind; });
+    return chosen;
+}
+
+}  // namespace
+
+ProcessList allProcesses() {
+    const std::lock_guard lock(listMutex);
+    return processes;
+}
+
+ProcessList localClients() {
+    return processesOf(ProcessKind::localClient);
+}
+
+ProcessList remoteClients() {
+    return processesOf(ProcessKind::remoteClient);
+}
+
+bool hasLocalClients() {
+    return localCount != 0;
+}
+
+bool hasRemoteClients() {
+    return remoteCount != 0;
+}
+
+int localClientCount() {
+    return localCount;
+}
+
+bool enterProcess(AbstractSearchProcess& process) {
+    const std::lock_guard lock(listMutex);
+    if (processes.size() >= maxSearchProcesses) return false;
+    processes.push_back(&process);
+    if (process.kind != ProcessKind::root) countOf(process.kind) = countOf(process.kind) + 1;
+    return true;
+}
+
+AbstractSearchProcess* removeFirstClient(ProcessKind kind) {
+    const std::lock_guard lock(listMutex);
+    const auto first =
+        std::find_if(processes.begin(), processes.end(),
+                     [&](const AbstractSearchProcess* process) { return process->kind == kind; });
+    if (first == processes.end()) return nullptr;
+    AbstractSearchProcess* const client = *first;
+    processes.erase(first);
+    countOf(kind) = countOf(kind) - 1;
+    return client;
+}
 
 void prepareSearches() {
-    for (const auto* list : {&remoteClients, &localClients}) {
-        for (AbstractSearchProcess* const process : *list) {
+    for (const ProcessList& list : {remoteClients(), localClients()}) {
+        for (AbstractSearchProcess* const process : list) {
             if (!process->inError) process->prepareSearch();
         }
     }
     rootSearchProcess->prepareSearch();
-}
-
-void appendDiagnostic(const char* file, const std::string& text) {
-    std::ofstream(file, std::ios::app) << text << '\n';
-}
-
-std::string diagnosticTime() {
-    return std::to_string(timeOfDay().seconds);
 }
 
 }  // namespace valku

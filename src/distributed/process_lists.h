@@ -4,24 +4,32 @@
 
 #include "distributed/search_process.h"
 
+// The search processes of this engine. Clients may be added while a search runs; they leave only between
+// searches or at the very end.
+
 namespace valku {
 
 constexpr int maxSearchProcesses = 128;
 
-// The search processes of this engine, in order of their creation: the root process first, then the clients.
-// Changed only while no search runs.
-extern std::vector<AbstractSearchProcess*> allProcesses;
-extern std::vector<AbstractSearchProcess*> localClients;
-extern std::vector<AbstractSearchProcess*> remoteClients;
+using ProcessList = std::vector<AbstractSearchProcess*>;
+
+// The lists as they stand at this moment, in order of creation. Any thread.
+ProcessList allProcesses();  // the root first, then all clients
+ProcessList localClients();
+ProcessList remoteClients();
+
+bool hasLocalClients();
+bool hasRemoteClients();
+int localClientCount();
+
+// The first process to be entered is the root. False if there is no room.
+bool enterProcess(AbstractSearchProcess& process);
+
+// Takes a client out of the lists; null if there is none left of that kind.
+AbstractSearchProcess* removeFirstClient(ProcessKind kind);
 
 // Tells all processes that are not in error that a new search begins: remote clients, local clients, the
 // root.
 void prepareSearches();
-
-// Appends to one of the small diagnostic files in the working directory; a failure to do so is passed over.
-void appendDiagnostic(const char* file, const std::string& text);
-
-// The system time in whole seconds, as the diagnostic files tell it.
-std::string diagnosticTime();
 
 }  // namespace valku

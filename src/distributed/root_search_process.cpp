@@ -20,7 +20,7 @@ RootSearchProcess::RootSearchProcess(bool shareHash)
 void RootSearchProcess::run() {
     for (;;) {
         jobEvent.wait();
-        runRootSearch(false);
+        runRootSearch();
     }
 }
 
@@ -53,29 +53,16 @@ SearchResult* RootSearchProcess::getResult(SearchResult* destination) {
 // The owner of a table ages it; a process that only shares it does not. A table that nobody has marked needs
 // no ageing.
 void RootSearchProcess::prepareSearch() {
-    const bool marked = hashUsed != 0 || !localClients.empty();
+    const bool marked = hashUsed != 0 || hasLocalClients();
     if (!shareHashFlag && marked) ageHashTable();
     hashUsed = 0;
 }
 
-void RootSearchProcess::noteRecovery() {
-    appendDiagnostic("connerr", "time = " + diagnosticTime() + ": rootSP recovered from error state!");
-    inError = false;
-}
-
-void RootSearchProcess::runRootSearch(bool reportRecovery) {
-    if (!reportRecovery) {
-        idle = false;
-        beginJob();
-        completeResult(result, runEntry(job, !localClients.empty()));
-    }
-    if (reportRecovery || inError) {
-        noteRecovery();
-    } else {
-        finished = true;
-        if (anyFinishedEvent) anyFinishedEvent->signal();
-        doneEvent.signal();
-    }
+void RootSearchProcess::runRootSearch() {
+    idle = false;
+    beginJob();
+    completeResult(result, runEntry(job, hasLocalClients()));
+    completeJob(anyFinishedEvent, "rootSP");
     idle = true;
 }
 

@@ -24,16 +24,15 @@ class RootSearchProcess final : public AbstractSearchProcess {
     bool isIdle() const override { return idle; }
     void prepareSearch() override;
     void quit() override { requestStop(); }
+    std::string name() const override { return "rootSearchProcess"; }
 
-    // Runs a job on the caller's thread. With `reportRecovery` it only notes that a late job has ended.
-    void runRootSearch(bool reportRecovery);
+    // Runs the job that setJob has left, on the caller's thread.
+    void runRootSearch();
 
     // Takes over a job without waking the thread.
     void setJob(const Position& position, const SearchJob& newJob, Event* anyFinished);
 
   private:
-    void noteRecovery();
-
     Event* anyFinishedEvent = nullptr;
     Event jobEvent;
     SearchJob job;

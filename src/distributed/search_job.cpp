@@ -1,6 +1,7 @@
 #include "distributed/search_job.h"
 
 #include "chess/attacks.h"
+#include "distributed/split_search.h"
 #include "search/alpha_beta.h"
 #include "search/principal_variation.h"
 #include "search/root_search.h"
@@ -8,12 +9,17 @@
 
 namespace valku {
 
-i32 alphaBetaEntry(i32 ncount, i32 alpha, i32 beta, i32 distance, bool /*allowSplit*/) {
-    return alphaBeta(ncount, alpha, beta, distance);
+i32 alphaBetaEntry(i32 ncount, i32 alpha, i32 beta, i32 distance, bool allowSplit) {
+    if (!allowSplit || distance < openRaceDepth) return alphaBeta(ncount, alpha, beta, distance);
+    if (isTooLateToRace(ncount)) return alphaBetaSplit(ncount, alpha, beta, distance);
+    return splitSearch(ncount, alpha, beta, distance, false);
 }
 
-i32 alphaBetaZwsEntry(i32 ncount, i32 beta, i32 distance, bool /*allowSplit*/) {
-    return distance <= frontierDepth ? frontierZws(ncount, beta) : alphaBetaZws(ncount, beta, distance);
+i32 alphaBetaZwsEntry(i32 ncount, i32 beta, i32 distance, bool allowSplit) {
+    if (distance <= frontierDepth) return frontierZws(ncount, beta);
+    if (!allowSplit || distance < zwsRaceDepth) return alphaBetaZws(ncount, beta, distance);
+    if (isTooLateToRace(ncount)) return alphaBetaZwsSplit(ncount, beta, distance);
+    return splitSearch(ncount, beta - 1, beta, distance, true);
 }
 
 i32 runEntry(const SearchJob& job, bool allowSplit) {

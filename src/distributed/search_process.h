@@ -1,7 +1,10 @@
 #pragma once
 
+#include <string>
+
 #include "chess/position.h"
 #include "platform/event.h"
+#include "platform/mutex.h"
 #include "platform/shared_value.h"
 #include "platform/thread.h"
 #include "search/search_types.h"
@@ -35,10 +38,25 @@ class AbstractSearchProcess : public Thread {
     virtual void prepareSearch() = 0;
     virtual void quit() = 0;
 
+    // How the console lists it.
+    virtual std::string name() const = 0;
+
+    // The caller gives up waiting for the job: the process is in error until its late answer comes. False if
+    // the job was completed in this very moment.
+    bool giveUp();
+
     Event doneEvent;
     const ProcessKind kind;
     SharedFlag finished{false};  // a result of the current job is there
-    SharedFlag inError{false};   // out of use until its late answer has come
+    SharedFlag inError{false};   // out of use
+
+  protected:
+    // The process's side: its result stands. Wakes whoever waits for it, unless the caller has given up;
+    // then the process only leaves its error state, and notes it under the name `recovered`.
+    void completeJob(Event* anyFinished, const char* recovered);
+
+  private:
+    Mutex endOfJob;  // joins the look at the one flag with the setting of the other
 };
 
 }  // namespace valku

@@ -1,14 +1,73 @@
 #include "distributed/split_root_search.h"
 
+#include <algorithm>
+
+#include "chess/attacks.h"
+#include "chess/make_move.h"
+#include "chess/move_generation.h"
+#include "distributed/diagnostics.h"
+#include "distributed/race.h"
 #include "distributed/root_search_process.h"
+#include "search/format_text.h"
+#include "search/thinking_state.h"
 
 namespace valku {
 
-SearchResult splitRootSearch(const Position& position, i32 alpha, i32 beta, i32 depth, bool zws) {
-    rootSearchProcess->setJob(position, {1, alpha, beta, depth, zws}, nullptr);
-    rootSearchProcess->runRootSearch(rootSearchProcess->inError);
+namespace {
+
+constexpr i32 raceDepth = 16;
+constexpr i32 lateRaceDepth = 11;  // once a second has gone by
+constexpr double lateSeconds = 1.0;
+
+bool isWorthARace(i32 depth) {
+    if (!hasRemoteClients()) return false;
+    return depth >= raceDepth || (depth >= lateRaceDepth && elapsedSeconds() >= lateSeconds);
+}
+
+std::string describe(const SearchJob& job, int racers) {
+    return formatText("time = %s alpha = %i beta = %i depth = %i zws = %i ff = %i stopSignalOutside() = %i",
+                      diagnosticTime().c_str(), job.alpha, job.beta, job.distance, job.zws ? 1 : 0, racers,
+                      stopSignalOutside() ? 1 : 0);
+}
+
+// The line of a peer comes without promotion pieces, and from a program that is not ours to trust: it ends
+// where the board cannot follow.
+void cutAtFirstIllegalMove(const Position& start, Line& line) {
+    Position position(start);
+    MoveList list;
+    for (Move* move = line.moves; *move; ++move) {
+        generateAllMoves(position, list);
+        if (std::find(list.moves, list.moves + list.count, *move) == list.moves + list.count ||
+            !isLegal(position, *move)) {
+            *move = nullMove;
+            return;
+        }
+        makeMove(position, *move);
+    }
+}
+
+SearchResult searchInline(const Position& position, const SearchJob& job) {
+    rootSearchProcess->setJob(position, job, nullptr);
+    rootSearchProcess->runRootSearch();
     SearchResult result;
     return *rootSearchProcess->getResult(&result);
+}
+
+SearchResult raceRootMove(const Position& position, const SearchJob& job) {
+    static Event anyFinished;
+    const RaceCourse course{"splitRootSearch", "remote",    *rootSearchProcess,
+                            stopRootProcess,   anyFinished, describe};
+    RaceResult result = race(course, remoteClients(), position, job);
+    result.winner.nodes = result.totalNodes;
+    if (result.by != rootSearchProcess.get()) cutAtFirstIllegalMove(position, result.winner.pv);
+    return result.winner;
+}
+
+}  // namespace
+
+SearchResult splitRootSearch(const Position& position, i32 alpha, i32 beta, i32 depth, bool zws) {
+    const SearchJob job{1, alpha, beta, depth, zws};
+    return isWorthARace(depth) ? raceRootMove(position, job) : searchInline(position, job);
 }
 
 }  // namespace valku

@@ -1,6 +1,5 @@
 #include "distributed/standard_search_process.h"
 
-#include "distributed/process_lists.h"
 #include "search/search_state.h"
 #include "search/stop_word.h"
 
@@ -40,14 +39,7 @@ void StandardSearchProcess::run() {
         result.selDepth = selDepth;
         result.tbProbes = tbProbes - probesBefore;
         result.tbHits = tbHits - hitsBefore;
-        if (inError) {
-            appendDiagnostic("connerr", "time = " + diagnosticTime() + ": SSP recovered from error state!");
-            inError = false;
-            continue;
-        }
-        finished = true;
-        if (anyFinishedEvent) anyFinishedEvent->signal();
-        doneEvent.signal();
+        completeJob(anyFinishedEvent, "SSP");
     }
 }
 

@@ -21,6 +21,7 @@ class StandardSearchProcess final : public AbstractSearchProcess {
     bool isIdle() const override { return idle; }
     void prepareSearch() override {}
     void quit() override {}
+    std::string name() const override { return "standardSearchProcess"; }
 
   private:
     Event jobEvent;

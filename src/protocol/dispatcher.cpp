@@ -6,10 +6,13 @@
 #include "book/book_report.h"
 #include "chess/fen.h"
 #include "chess/number_text.h"
+#include "distributed/client_job.h"
+#include "distributed/clients.h"
 #include "protocol/book_commands.h"
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
+#include "protocol/game_snapshot.h"
 #include "protocol/parameters.h"
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
@@ -30,7 +33,7 @@ enum class Match { whole, prefix };
 struct Command {
     std::string_view word;
     Match match;
-    // `rest` is what follows the word; for a whole match nothing. Null: known, and passed over.
+    // `rest` is what follows the word; for a whole match nothing.
     void (*handle)(std::string_view rest);
 };
 
@@ -94,6 +97,19 @@ void stop(std::string_view) {
     moveNow();
 }
 
+void createRemoteClient(std::string_view rest) {
+    const std::string_view text = argumentsOf(rest);
+    const std::size_t blank = text.find(' ');
+    if (blank == std::string_view::npos) return;
+    const i32 port = readNumber(text.substr(blank + 1));
+    if (port > 0) addRemoteClient(std::string(text.substr(0, blank)), static_cast<u16>(port));
+}
+
+void clientPosition(std::string_view rest) {
+    receivePosition(argumentsOf(rest));
+    snapshotKings();
+}
+
 void setOptionCommand(std::string_view rest) {
     const std::string_view text = argumentsOf(rest);
     const std::size_t at = text.find("value");
@@ -134,17 +150,17 @@ constexpr Command commands[] = {
     {"bookstats", Match::whole, [](std::string_view) { showBookStats(); }},
     {"addmove", Match::prefix, [](std::string_view rest) { addMoveToBook(argumentsOf(rest)); }},
     {"rmmove", Match::prefix, [](std::string_view rest) { removeMoveFromBook(argumentsOf(rest)); }},
-    {"server_createlocalclient", Match::prefix, nullptr},
-    {"server_createremoteclient", Match::prefix, nullptr},
-    {"client_alphabeta", Match::prefix, nullptr},
-    {"client_preparesearch", Match::prefix, nullptr},
-    {"client_pos", Match::prefix, nullptr},
-    {"client_castlings", Match::prefix, nullptr},
-    {"client_epfield", Match::prefix, nullptr},
-    {"client_50moves", Match::prefix, nullptr},
-    {"client_hash", Match::prefix, nullptr},
-    {"client_history", Match::prefix, nullptr},
-    {"client_stop", Match::prefix, nullptr},
+    {"server_createlocalclient", Match::prefix, [](std::string_view) { addLocalClient(); }},
+    {"server_createremoteclient", Match::prefix, createRemoteClient},
+    {"client_alphabeta", Match::prefix, [](std::string_view rest) { startJob(argumentsOf(rest)); }},
+    {"client_preparesearch", Match::prefix, [](std::string_view) { prepareJobs(); }},
+    {"client_pos", Match::prefix, clientPosition},
+    {"client_castlings", Match::prefix, [](std::string_view rest) { receiveCastlings(argumentsOf(rest)); }},
+    {"client_epfield", Match::prefix, [](std::string_view rest) { receiveEpField(argumentsOf(rest)); }},
+    {"client_50moves", Match::prefix, [](std::string_view rest) { receiveFiftyMoves(argumentsOf(rest)); }},
+    {"client_hash", Match::prefix, [](std::string_view rest) { receiveKey(argumentsOf(rest)); }},
+    {"client_history", Match::prefix, [](std::string_view rest) { receiveHistory(argumentsOf(rest)); }},
+    {"client_stop", Match::prefix, [](std::string_view) { stopJob(); }},
     {"time", Match::prefix, setClock},
     {"sd", Match::prefix, setDepth},
     {"level", Match::prefix, setLevel},
@@ -183,6 +199,12 @@ constexpr Command uciCommands[] = {
 };
 // clang-format on
 
+// The words of a parent, and those that get along with a running job. Everything else a client does behind
+// it.
+bool bearsAJob(std::string_view line) {
+    return line.starts_with("client_") || line == "quit" || line == "isready";
+}
+
 bool fits(const Command& command, std::string_view line) {
     return command.match == Match::whole ? line == command.word : line.starts_with(command.word);
 }
@@ -191,7 +213,7 @@ template <std::size_t count>
 bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
     for (const Command& command : chain) {
         if (!fits(command, line)) continue;
-        if (command.handle) command.handle(line.substr(command.word.size()));
+        command.handle(line.substr(command.word.size()));
         return true;
     }
     return false;
@@ -204,6 +226,7 @@ void dispatch(const std::string& line) {
         editCommand(line);
         return;
     }
+    if (!bearsAJob(line)) finishJob();
     if (dispatchAmong(commands, line)) return;
     if (isMoveText(line)) {
         receiveMove(line, false);

@@ -1,5 +1,7 @@
 #include "protocol/hash_report.h"
 
+#include <string>
+
 #include "search/format_text.h"
 #include "search/hash_table.h"
 #include "search/output.h"
@@ -8,10 +10,14 @@
 namespace valku {
 
 void reportHashTable(bool joined) {
-    if (processRole != roleRoot) return;
-    sendText(joined ? formatText("Sharing hashtable with id %i...\n", sharedTableId)
-                    : formatText("info string Create new hashtable with id %i, size = %u\n", sharedTableId,
-                                 static_cast<unsigned>(nHashTables)));
+    const std::string text = joined ? formatText("Sharing hashtable with id %i...\n", sharedTableId)
+                                    : formatText("info string Create new hashtable with id %i, size = %u\n",
+                                                 sharedTableId, static_cast<unsigned>(nHashTables));
+    if (processRole == roleRoot) {
+        sendText(text);
+    } else {
+        textSink->note(text);
+    }
 }
 
 }  // namespace valku

@@ -9,6 +9,8 @@
 #include "chess/fen.h"
 #include "chess/number_text.h"
 #include "chess/piece_values.h"
+#include "distributed/client_settings.h"
+#include "distributed/clients.h"
 #include "distributed/process_lists.h"
 #include "eval/eval_tables.h"
 #include "eval/pawn_table.h"
@@ -45,9 +47,8 @@ void reportSettings() {
         "bish = %i; 2knights = %i; tbd = %i; fai = %i; cpus = %i; phash = %i; log = %i\n"
         "ksft = %i;\n",
         pawnValue, knightValue, bishopValue, rookValue, queenValue, minorValue, drawishMaterial,
-        pairOfBishops, twoKnightsMalus, TBdistance, factorForAnotherIteration,
-        static_cast<int>(localClients.size()) + 1, PreserveHash ? 1 : 0, engineServices->isLogging() ? 1 : 0,
-        kingSafety));
+        pairOfBishops, twoKnightsMalus, TBdistance, factorForAnotherIteration, localClientCount() + 1,
+        PreserveHash ? 1 : 0, engineServices->isLogging() ? 1 : 0, kingSafety));
 }
 
 i32 percentOfStandard(const Parameter& parameter, std::string_view value) {
@@ -87,6 +88,7 @@ void applyHash(Parameter&, std::string_view value) {
     const u64 buckets = bucketsForMegabytes(readNumber(value));
     if (buckets == nHashTables) return;
     const u64 before = nHashTables;
+    quitLocalClients();
     try {
         releaseHashTable();
         setHashBuckets(static_cast<i64>(buckets));
@@ -98,6 +100,7 @@ void applyHash(Parameter&, std::string_view value) {
         createHashTable();
     }
     reportHashTable();
+    createLocalClients();
 }
 
 void applyWeight(Parameter& parameter, std::string_view value) {
@@ -154,8 +157,16 @@ void applyNalimovCache(Parameter&, std::string_view value) {
              cacheSizeLine("new TB-cache = "));
 }
 
-// The number of processes is a matter of the clients; without them there is one.
-void applyCpus(Parameter&, std::string_view) {}
+// All the processes of this machine, this one included.
+void applyCpus(Parameter&, std::string_view value) {
+    if (processRole != roleRoot && processRole != roleRemoteServer) return;
+    const i32 clients = std::clamp(readNumber(value), 1, maxSearchProcesses) - 1;
+    if (clients == numberOfLocalClients) return;
+    quitLocalClients();
+    numberOfLocalClients = clients;
+    createLocalClients();
+    reportSettings();
+}
 
 void applyWriteLog(Parameter&, std::string_view value) {
     engineServices->setLogging(isTrue(value));

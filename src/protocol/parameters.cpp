@@ -8,6 +8,7 @@
 #include "chess/number_text.h"
 #include "chess/piece_values.h"
 #include "distributed/client_settings.h"
+#include "distributed/peer_socket.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
 #include "protocol/engine_services.h"
@@ -56,6 +57,10 @@ void storeTBPath(std::string_view value) {
 }
 void storeBookFile(std::string_view value) {
     cutPath(value, bookFile);
+}
+
+void storeListenAddress(std::string_view value) {
+    cutPath(value, listenAddress);
 }
 
 void storePeer(std::string_view value) {
@@ -156,6 +161,7 @@ Parameter table[] = {
     number("resignValue", nonNegative, &resignValue),
     stored("writeLogFile", any, storeLogging,
            "WriteLog", 19, "type check default false", applyWriteLog),
+    stored("listenAddress", SettingCheck::text, storeListenAddress),
 
     optionOnly("UCI_SetPositionValue", 2, "type string", applyPositionValue),
     optionOnly("UCI_Chess960", 3, "type check default false", applyChess960),

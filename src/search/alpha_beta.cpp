@@ -9,6 +9,7 @@
 #include "search/move_ordering.h"
 #include "search/node.h"
 #include "search/quiescence.h"
+#include "search/search_ports.h"
 
 namespace valku {
 
@@ -25,12 +26,52 @@ constexpr i32 singularMargin = 45;
 constexpr i32 openWindowReduction = 8;
 constexpr int fiftyMoveCaution = 93;  // from here on a table entry's fifty margin is looked at
 
-// The rule by which every zero-window child is reached.
+// The rule by which every zero-window child is reached that this process searches by itself.
 [[gnu::always_inline]] inline i32 searchZws(int ply, i32 beta, i32 depth) {
     if (depth < 1) return quiesceZws(ply, beta);
     if (depth <= frontierDepth) return frontierZws(ply, beta);
     return alphaBetaZws(ply, beta, depth);
 }
+
+// Each node function exists twice, as one code over two ways of descending. The plain way: this process
+// searches every child.
+struct PlainDescent {
+    [[gnu::always_inline]] static i32 zws(int ply, i32 beta, i32 depth) {
+        return searchZws(ply, beta, depth);
+    }
+    [[gnu::always_inline]] static i32 zwsRaced(int ply, i32 beta, i32 depth) {
+        return searchZws(ply, beta, depth);
+    }
+    [[gnu::always_inline]] static i32 zwsBehind(bool, int ply, i32 beta, i32 depth) {
+        return searchZws(ply, beta, depth);
+    }
+    [[gnu::always_inline]] static i32 open(int ply, i32 alpha, i32 beta, i32 depth) {
+        return depth < 1 ? quiescePv(ply, alpha, beta, 0) : alphaBeta(ply, alpha, beta, depth);
+    }
+};
+
+// The split-aware way: a deep child is raced over the search processes. Once the search has lasted longer
+// than suits its ply it is entered instead, and its own children are raced.
+struct SplitDescent {
+    static i32 zws(int ply, i32 beta, i32 depth) {
+        if (depth >= zwsRaceDepth && isTooLateToRace(ply)) return alphaBetaZwsSplit(ply, beta, depth);
+        return zwsRaced(ply, beta, depth);
+    }
+    // Raced at any time.
+    static i32 zwsRaced(int ply, i32 beta, i32 depth) {
+        if (depth < zwsRaceDepth) return searchZws(ply, beta, depth);
+        return searchPorts.splitSearch(ply, beta - 1, beta, depth, true);
+    }
+    // A node that knows a cut move always races its children.
+    static i32 zwsBehind(bool hasCutMove, int ply, i32 beta, i32 depth) {
+        return hasCutMove ? zwsRaced(ply, beta, depth) : zws(ply, beta, depth);
+    }
+    static i32 open(int ply, i32 alpha, i32 beta, i32 depth) {
+        if (depth < openRaceDepth) return PlainDescent::open(ply, alpha, beta, depth);
+        if (isTooLateToRace(ply)) return alphaBetaSplit(ply, alpha, beta, depth);
+        return searchPorts.splitSearch(ply, alpha, beta, depth, false);
+    }
+};
 
 constexpr i32 nullMoveDepth(i32 depth) {
     if (depth <= 12) return 0;
@@ -90,6 +131,7 @@ void scanMobility(int ply) {
 
 // A zero-window search (beta - 1, beta) of the node at `ply` without `excluded`, which is unmade. It has a
 // key of its own for each excluded move, so that the node's entry is left in peace.
+template <class Descent>
 i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move excluded) {
     if (searchStopped()) return stopValue;
     StateRecord& state = *searchPosition.state;
@@ -112,7 +154,7 @@ i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move exclud
     for (i32 i = 0; i < list.count; ++i) {
         const Move move = list.moves[i];
         if (move == excluded || !tryMove(move)) continue;
-        const i32 score = -searchZws(ply + 1, 1 - beta, depth);
+        const i32 score = -Descent::zws(ply + 1, 1 - beta, depth);
         unmakeMove();
         if (score >= beta) {
             storeLowerBound(ply, key.hashHigh, key.hashLow, score, depth, move, state.fiftyMoves, mobility);
@@ -170,9 +212,8 @@ struct ChildDepths {
     return probeTables(ply, depth, score);
 }
 
-}  // namespace
-
-i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
+template <class Descent>
+[[gnu::always_inline]] inline i32 zwsNode(int ply, i32 beta, i32 depth) {
     i32 score;
     if (endsAtEntry(ply, beta, depth, score)) return score;
 
@@ -185,8 +226,8 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
     } else {
         bool found = false;
         if (depth >= internalDeepeningDepth) {
-            if (depth >= twofoldDeepeningDepth) searchZws(ply, beta, depth - 16);
-            searchZws(ply, beta, depth - 8);
+            if (depth >= twofoldDeepeningDepth) Descent::zwsRaced(ply, beta, depth - 16);
+            Descent::zwsRaced(ply, beta, depth - 8);
             found = probeHash(*searchPosition.state, entry);
             if (found && hash.take(entry, ply, beta, depth, score)) return score;
         }
@@ -204,10 +245,10 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
     if (margin <= 0 && !frame.inCheck && searchPosition.state[-1].move != nullMove &&
         !pawnGuardForbidsNullMove()) {
         makeNullMove();
-        score = -searchZws(ply + 1, 1 - beta, nullMoveDepth(depth));
+        score = -Descent::zwsRaced(ply + 1, 1 - beta, nullMoveDepth(depth));
         unmakeNullMove();
         if (score >= beta && depth >= verificationDepth) {
-            score = std::min(score, searchZws(ply, beta, depth - 28));
+            score = std::min(score, Descent::zwsRaced(ply, beta, depth - 28));
         }
         if (score >= beta) return score;
     }
@@ -237,8 +278,10 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
         auto [full, tried] = childDepths(newDepth, tag < reducedBelow ? reductionOf(tag) : 0);
 
         // Step 9. Search the child, in full if the reduced search reaches beta.
-        score = -searchZws(ply + 1, 1 - beta, tried);
-        if (score >= beta && tried != full) score = -searchZws(ply + 1, 1 - beta, full);
+        score = -Descent::zwsBehind(hash.hasCutMove, ply + 1, 1 - beta, tried);
+        if (score >= beta && tried != full) {
+            score = -Descent::zwsBehind(hash.hasCutMove, ply + 1, 1 - beta, full);
+        }
         unmakeMove();
 
         // Step 10. A cut.
@@ -263,7 +306,8 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
     return best;
 }
 
-i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
+template <class Descent>
+[[gnu::always_inline]] inline i32 openNode(int ply, i32 alpha, i32 beta, i32 depth) {
     i32 score;
     if (endsAtEntry(ply, beta, depth, score)) return score;
 
@@ -272,8 +316,8 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
     HashEntry entry;
     bool found = probeHash(*searchPosition.state, entry);
     if (!found && depth >= internalDeepeningDepth) {
-        if (depth >= twofoldDeepeningDepth) alphaBeta(ply, alpha, beta, depth - 16);
-        alphaBeta(ply, alpha, beta, depth - 8);
+        if (depth >= twofoldDeepeningDepth) Descent::open(ply, alpha, beta, depth - 16);
+        Descent::open(ply, alpha, beta, depth - 8);
         found = probeHash(*searchPosition.state, entry);
     }
     Move hashMove = nullMove;
@@ -318,7 +362,7 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
 
         // Step 9. A zero window first, behind the first move.
         if (!openWindow) {
-            score = -searchZws(ply + 1, -alpha, tried);
+            score = -Descent::zws(ply + 1, -alpha, tried);
             if (score > alpha) {
                 openWindow = true;
                 tried = full;
@@ -328,14 +372,14 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
         // Step 10. The open window, again at a greater depth if the move had been reduced or proves singular.
         bool singularDone = false;
         while (openWindow) {
-            score =
-                tried < 1 ? -quiescePv(ply + 1, -beta, -alpha, 0) : -alphaBeta(ply + 1, -beta, -alpha, tried);
+            score = -Descent::open(ply + 1, -beta, -alpha, tried);
             if (score <= alpha) break;
             if (tried >= singularDepth && !singularDone) {
                 singularDone = true;
                 unmakeMove();
                 const i32 bound = score - singularMargin;
-                if (singularTest(ply, tried - 16, bound, list, move) < bound) full += singularExtension;
+                if (singularTest<Descent>(ply, tried - 16, bound, list, move) < bound)
+                    full += singularExtension;
                 makeMove(move);
             }
             if (tried >= full) break;
@@ -372,6 +416,24 @@ i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
     if (raised) storeNodeLowerBound(ply, best, depth, bestMove);
     storeNodeUpperBound(ply, best, depth, bigMove.hint());
     return best;
+}
+
+}  // namespace
+
+i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
+    return openNode<PlainDescent>(ply, alpha, beta, depth);
+}
+
+i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
+    return zwsNode<PlainDescent>(ply, beta, depth);
+}
+
+i32 alphaBetaSplit(int ply, i32 alpha, i32 beta, i32 depth) {
+    return openNode<SplitDescent>(ply, alpha, beta, depth);
+}
+
+i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth) {
+    return zwsNode<SplitDescent>(ply, beta, depth);
 }
 
 }  // namespace valku

@@ -10,8 +10,15 @@ class TextSink {
   public:
     virtual ~TextSink() = default;
 
-    // Sends the text whole. Any thread.
+    // Sends the text whole. Any thread, as the next three.
     virtual void send(std::string_view text) = 0;
+
+    // For the log alone, where there is one.
+    virtual bool keepsNotes() const { return false; }
+    virtual void note(std::string_view) {}
+
+    // For the log and this process's own output, never for a peer.
+    virtual void status(std::string_view text) { send(text); }
 };
 
 extern TextSink* textSink;

@@ -64,6 +64,7 @@ void (*ponderingTakenBack)() = nothingToShow;
 SharedFlag shutDownBegun{false};
 
 void requestSearch() {
+    if (processRole != roleRoot) return;  // nobody there to think
     forgetOldStops();
     answerGiven = false;
     searchRunning = true;

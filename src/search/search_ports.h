@@ -48,6 +48,10 @@ struct SearchPorts {
     // the result are from the view of the side to move there.
     SearchResult (*splitRootSearch)(const Position& position, i32 alpha, i32 beta, i32 depth, bool zws);
 
+    // Has the node of searchPosition at `ply` searched by whichever search process is the fastest: scores
+    // and depth are those of the node functions. Only called in a process with clients.
+    i32 (*splitSearch)(int ply, i32 alpha, i32 beta, i32 depth, bool zws);
+
     // Plays a move from the opening book; true if that was the whole answer.
     bool (*tryBookMove)();
 };

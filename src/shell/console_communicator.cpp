@@ -35,11 +35,21 @@ std::string freeLogName() {
 
 }  // namespace
 
+bool ConsoleCommunicator::readLine(std::string& line) {
+    if (port != 0) return peer.readLine(line);
+    if (!standardInput().readLine(line)) return false;
+    // Interfaces of other systems close a line with two characters.
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return true;
+}
+
 void ConsoleCommunicator::run() {
+    if (port != 0 && !peer.awaitCaller(port)) {
+        status("There is no port to listen on.\n");
+        engineServices->quit(1);
+    }
     std::string line;
-    while (standardInput().readLine(line)) {
-        // Interfaces of other systems close a line with two characters.
-        if (!line.empty() && line.back() == '\r') line.pop_back();
+    while (readLine(line)) {
         send(line, TextDirection::received, false);
         const std::lock_guard lock(commandMutex);
         dispatch(line);
@@ -50,12 +60,15 @@ void ConsoleCommunicator::run() {
 
 void ConsoleCommunicator::send(std::string_view text, TextDirection direction, bool writeOut) {
     const std::lock_guard lock(outputMutex);
+    if (writeOut && peer.isOpen()) peer.send(text);
     if (writeOut) writeStandardOutput(text);
     if (logEnabled) log(text, direction);
 }
 
-void ConsoleCommunicator::sendWarning(std::string_view text) {
-    send(text, TextDirection::internal, true);
+void ConsoleCommunicator::status(std::string_view text) {
+    const std::lock_guard lock(outputMutex);
+    writeStandardOutput(text);
+    if (logEnabled) log(text, TextDirection::internal);
 }
 
 void ConsoleCommunicator::log(std::string_view text, TextDirection direction) {

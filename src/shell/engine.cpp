@@ -8,9 +8,13 @@
 #include "book/book_settings.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
+#include "distributed/client_job.h"
+#include "distributed/clients.h"
+#include "distributed/peer_socket.h"
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
 #include "distributed/split_root_search.h"
+#include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "platform/clock.h"
 #include "platform/process.h"
@@ -45,6 +49,7 @@ constexpr const char* banner = "Valku 4.00, a chess engine. Type go to let it mo
 
 void shutDownProcess() {
     endSearchForShutDown();
+    quitAllClients();
     try {
         if (!searchRunning) releaseHashTable();
     } catch (const std::string& text) {
@@ -92,11 +97,38 @@ void consoleControlHandler(int consoleSignal) {
     shutDownProcess();
 }
 
-// This version has no peers yet: a process that could not be reached must not look as if it could.
-void refuseListeningRoles() {
-    if (processRole == roleRoot || processRole == roleLocalClient) return;
-    sendText("This version does not listen for peers.\n");
+// To the interface of a root process. The parent of any other one expects nothing but answers to its jobs.
+void tell(const std::string& text) {
+    if (processRole == roleRoot) {
+        sendText(text);
+    } else {
+        communicator.note(text);
+    }
+}
+
+// A peer that listens where the user has not asked for it is worse than none.
+void checkListenAddress() {
+    if (rolePort == 0 || isListenAddressUsable()) return;
+    communicator.status("Cannot listen on " + listenAddress + "\n");
     exitProcess(1);
+}
+
+// A child that is called over TCP does not read its standard input; that its maker is gone shows there all
+// the same.
+class MakerWatch final : public Thread {
+  public:
+    void run() override {
+        std::string line;
+        while (standardInput().readLine(line)) {
+        }
+        engineServices->quit(0);
+    }
+};
+
+void watchMaker() {
+    if (processRole != roleRemoteClient || !standardInputIsPipe()) return;
+    static MakerWatch watch;
+    watch.start();
 }
 
 void initTables() {
@@ -137,6 +169,7 @@ void connectPorts() {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,
         .splitRootSearch = splitRootSearch,
+        .splitSearch = splitSearch,
         .tryBookMove = tryBookMove,
     };
 }
@@ -145,10 +178,10 @@ void createRootProcess(bool shareHash) {
     try {
         rootSearchProcess = std::make_unique<RootSearchProcess>(shareHash);
     } catch (const std::string& text) {
-        sendText(text + "\n");
+        tell(text + "\n");
         exitProcess(1);
     }
-    allProcesses.push_back(rootSearchProcess.get());
+    enterProcess(*rootSearchProcess);
     reportHashTable(shareHash);
 }
 
@@ -163,9 +196,7 @@ void greet() {
     sendText(banner);
     printBoard();
     std::string text = "The following search processes will be used:\n";
-    for (const AbstractSearchProcess* process : allProcesses) {
-        text += process->kind == ProcessKind::root ? "rootSearchProcess\n" : "localClient\n";
-    }
+    for (const AbstractSearchProcess* process : allProcesses()) text += process->name() + "\n";
     sendText(text);
 }
 
@@ -176,6 +207,9 @@ void greet() {
         communicator.start();
         runThinkingCycle();
     }
+    communicator.setPort(rolePort);
+    createClientThread();
+    watchMaker();
     communicator.run();
     exitProcess(0);
 }
@@ -190,12 +224,14 @@ void engineMain(const CommandLine& commandLine) {
     engineServices = &shell;
     installConsoleSignalHandler(consoleControlHandler);
     applyCommandLine(commandLine);
-    refuseListeningRoles();
     initTables();
     detectProtocol();
     loadSettings();
+    checkListenAddress();
     connectPorts();
     createRootProcess(commandLine.shareHash);
+    createLocalClients();
+    createRemoteClients();
     loadBook();
     resetGame();
     registerTablebases();

@@ -4,6 +4,7 @@
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
 #include "distributed/split_root_search.h"
+#include "distributed/split_search.h"
 #include "distributed/standard_search_process.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_table.h"
@@ -55,7 +56,7 @@ class Search : public ::testing::Test {
         clearHistory();
         clearAllStops();
         watcher = Watcher{};
-        searchPorts = {&watcher, prepareSearches, splitRootSearch, [] { return false; }};
+        searchPorts = {&watcher, prepareSearches, splitRootSearch, splitSearch, [] { return false; }};
     }
 
     static void setGame(const char* fen, const char* moves = "") {
@@ -83,7 +84,7 @@ class Search : public ::testing::Test {
     static SearchResult job(const char* fen, i32 depth, bool zws) {
         setPosition(fen);
         rootSearchProcess->setJob(searchPosition, {1, 0, 50, depth, zws}, nullptr);
-        rootSearchProcess->runRootSearch(false);
+        rootSearchProcess->runRootSearch();
         SearchResult result;
         rootSearchProcess->getResult(&result);
         return result;
@@ -301,7 +302,7 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     };
     fresh();
     process->setJob(searchPosition, {1, -50, 50, 24, false}, nullptr);
-    process->runRootSearch(false);
+    process->runRootSearch();
     process->getResult(&here);
     EXPECT_GT(here.nodes, 1000u);
 

@@ -1,0 +1,213 @@
+#include "distributed/client_job.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string>
+
+#include "chess/attacks.h"
+#include "chess/castling_rights.h"
+#include "chess/position.h"
+#include "chess/side.h"
+#include "distributed/process_lists.h"
+#include "distributed/root_search_process.h"
+#include "distributed/wire_protocol.h"
+#include "platform/clock.h"
+#include "search/output.h"
+#include "search/search_control.h"
+#include "search/stop_word.h"
+#include "search/thinking_state.h"
+
+namespace valku {
+
+namespace {
+
+ClientAlphaBetaThread* clientThread = nullptr;
+
+// The longest history that leaves the stack room for a search.
+constexpr int mostHistory = 300;
+
+constexpr i32 deepestJob = 253;  // quarter plies; deeper ones have no place in the hash table
+constexpr i32 widestBound = 32000;
+
+// What stands before the root of a job is not told. It counts as an ordinary move of no consequence: the
+// square is that of a king.
+constexpr Move unknownMove(const Position& position) {
+    return makeMoveWord(noSquare, position.whiteKing);
+}
+
+// The next number of a text, behind blanks; 0 if there is none.
+i32 takeNumber(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    i32 number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (error == std::errc::result_out_of_range) return std::numeric_limits<i32>::max();
+    return number;
+}
+
+// The squares of one man, up to the colon or the letter behind them. False if the text is no such group.
+bool takeGroup(std::string_view& text, u8 man) {
+    while (!text.empty() && text.front() >= '0' && text.front() <= '9') {
+        const i32 square = takeNumber(text);
+        if (square < 0 || square > lastSquare || !onBoard(square)) return false;
+        const bool isLastRank = rankOf(square) == 0 || rankOf(square) == 7;
+        if ((man & pawnFlag) && isLastRank) return false;
+        if (gamePosition.board[square] != empty || !placeMan(gamePosition, man, square)) return false;
+        if (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+    }
+    return true;
+}
+
+bool takeMen(std::string_view& text) {
+    constexpr u8 men[] = {WhitePawn, WhiteKnight, WhiteBishop, WhiteRook, WhiteQueen, WhiteKing,
+                          BlackPawn, BlackKnight, BlackBishop, BlackRook, BlackQueen, BlackKing};
+    for (const u8 man : men) {
+        if (!takeGroup(text, man)) return false;
+        if (man == BlackKing) break;
+        if (text.empty() || text.front() != ':') return false;
+        text.remove_prefix(1);
+    }
+    return gamePosition.whiteKing != noSquare && gamePosition.blackKing != noSquare;
+}
+
+// A right that the men do not bear out would let the board castle with a rook that is not there.
+template <Color Us>
+bool isSoundRight(const Position& p, int right, bool isShort) {
+    const int rook = p.state->castlings[right];
+    if (rook == noSquare) return true;
+    const int king = kingOf<Us>(p);
+    return onBoard(rook) && Side<Us>::relativeRank(king) == 0 && rankOf(rook) == rankOf(king) &&
+           p.board[rook] == Side<Us>::rook && (rook > king) == isShort;
+}
+
+template <Color Us>
+bool isSoundEpField(const Position& p) {
+    const int field = p.state->epField;
+    if (field == noEpField) return true;
+    return onBoard(field) && Side<Us>::relativeRank(field) == 5 && p.board[field] == empty &&
+           p.board[field - Side<Us>::up] == Side<~Us>::pawn;
+}
+
+bool isSound(const Position& p) {
+    if (p.whiteKing == noSquare || p.blackKing == noSquare || leftKingInCheck(p)) return false;
+    const bool rights = isSoundRight<White>(p, whiteLong, false) &&
+                        isSoundRight<White>(p, whiteShort, true) &&
+                        isSoundRight<Black>(p, blackLong, false) && isSoundRight<Black>(p, blackShort, true);
+    return rights && (p.sideToMove == White ? isSoundEpField<White>(p) : isSoundEpField<Black>(p));
+}
+
+// Nodes look at the record before the root of a job, so there has to be one.
+void addRecordBefore(Position& p) {
+    if (stackedMoves(p) == 0) {
+        p.states[1] = p.states[0];
+        p.states[0].hashLow = p.states[0].hashHigh = 0;
+        p.state = &p.states[1];
+    }
+    p.state[-1].move = unknownMove(p);
+}
+
+}  // namespace
+
+void ClientAlphaBetaThread::run() {
+    for (;;) {
+        jobEvent.wait();
+        pondering = false;
+        rootSearchProcess->runRootSearch();
+        SearchResult result;
+        const std::string answer = composeResult(*rootSearchProcess->getResult(&result));
+        // The parent may send its next job the moment it has the answer.
+        acknowledgeSearchEnd();
+        // A process on its way out stops its job too; what it has got is worth nothing to the parent.
+        if (!shutDownBegun) sendText(answer);
+    }
+}
+
+void createClientThread() {
+    static ClientAlphaBetaThread thread;
+    clientThread = &thread;
+}
+
+void receivePosition(std::string_view list) {
+    if (!clientThread) return;
+    clearPosition(gamePosition);
+    // With a king missing no job will be made of it.
+    if (!takeMen(list)) {
+        clearPosition(gamePosition);
+        return;
+    }
+    gamePosition.sideToMove = list.starts_with('w') ? White : Black;
+    computeDerived(gamePosition);
+}
+
+void receiveCastlings(std::string_view squares) {
+    if (!clientThread) return;
+    for (u8& square : gamePosition.state->castlings) square = static_cast<u8>(takeNumber(squares));
+}
+
+void receiveEpField(std::string_view square) {
+    if (clientThread) gamePosition.state->epField = static_cast<u8>(takeNumber(square));
+}
+
+void receiveFiftyMoves(std::string_view count) {
+    if (clientThread) gamePosition.state->fiftyMoves = static_cast<u8>(takeNumber(count));
+}
+
+void receiveKey(std::string_view halves) {
+    if (!clientThread) return;
+    gamePosition.state->hashLow = static_cast<u32>(takeNumber(halves));
+    gamePosition.state->hashHigh = static_cast<u32>(takeNumber(halves));
+}
+
+void receiveHistory(std::string_view pairs) {
+    if (!clientThread) return;
+    const StateRecord current = *gamePosition.state;
+    gamePosition.state = gamePosition.states;
+    for (int count = 0; count < mostHistory; ++count) {
+        pairs.remove_prefix(std::min(pairs.find_first_not_of(' '), pairs.size()));
+        if (pairs.empty() || pairs.front() == ';') break;
+        gamePosition.state->hashLow = static_cast<u32>(takeNumber(pairs));
+        gamePosition.state->hashHigh = static_cast<u32>(takeNumber(pairs));
+        ++gamePosition.state;
+    }
+    *gamePosition.state = current;
+}
+
+void startJob(std::string_view numbers) {
+    if (!clientThread) return;
+    finishJob();
+    if (!isSound(gamePosition)) return;
+    SearchJob job;
+    takeNumber(numbers);  // the ply at the parent: the root of this process is at ply 1
+    job.alpha = std::clamp(takeNumber(numbers), -widestBound, widestBound);
+    job.beta = std::clamp(takeNumber(numbers), -widestBound, widestBound);
+    job.distance = std::clamp(takeNumber(numbers), 0, deepestJob);
+    job.zws = takeNumber(numbers) != 0;
+
+    clearAllStops();
+    searchRunning = true;
+    Position position(gamePosition);
+    addRecordBefore(position);
+    rootSearchProcess->setJob(position, job, nullptr);
+    clientThread->jobEvent.signal();
+}
+
+void stopJob() {
+    if (clientThread) rootSearchProcess->requestStop();
+}
+
+void prepareJobs() {
+    if (!clientThread) return;
+    finishJob();
+    prepareSearches();
+}
+
+void finishJob() {
+    if (!clientThread) return;
+    while (searchRunning) {
+        rootSearchProcess->requestStop();
+        sleepMilliseconds(1);
+    }
+}
+
+}  // namespace valku

@@ -1,0 +1,128 @@
+#include "distributed/client_search_process.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "distributed/diagnostics.h"
+#include "distributed/wire_protocol.h"
+#include "platform/clock.h"
+
+namespace valku {
+
+namespace {
+
+// No client writes lines of that length. What follows one is not waited for.
+constexpr std::size_t longestPending = 65536;
+
+}  // namespace
+
+void AbstractClientSearchProcess::startThread() {
+    threadStarted = true;
+    start();
+}
+
+void AbstractClientSearchProcess::sendMessage(std::string_view text) {
+    const std::lock_guard lock(sendMutex);
+    writeData(text);
+}
+
+void AbstractClientSearchProcess::startSearch(const Position& position, i32 ncount, i32 alpha, i32 beta,
+                                              i32 distance, bool zws, Event* anyFinished) {
+    idle = false;
+    copyPosition(jobPosition, position);
+    job = {ncount, alpha, beta, distance, zws};
+    anyFinishedEvent = anyFinished;
+    finished = false;
+    jobEvent.signal();
+    jobSent.wait();
+}
+
+SearchResult* AbstractClientSearchProcess::getResult(SearchResult* destination) {
+    *destination = result;
+    return destination;
+}
+
+void AbstractClientSearchProcess::quit() {
+    leaving = true;
+    sendMessage("quit\n");
+    jobEvent.signal();
+}
+
+void AbstractClientSearchProcess::awaitEnd() {
+    endConnection();
+    if (threadStarted) threadEnded.wait();
+}
+
+void AbstractClientSearchProcess::run() {
+    for (;;) {
+        idle = true;
+        jobEvent.wait();
+        if (leaving) break;
+        doneEvent.reset();
+        work();
+    }
+    threadEnded.signal();
+}
+
+void AbstractClientSearchProcess::work() {
+    // An answer that no job has asked for would be taken for the answer to this one.
+    const bool silent = pending.empty() && !hasData();
+    if (silent) sendMessage(composeJob(jobPosition, job));
+    jobSent.signal();
+
+    std::string response;
+    if (silent) {
+        getNextMessage(response);
+    } else if (!pending.empty() || receive()) {
+        response = pending;
+    }
+    const std::optional<SearchResult> answer = silent ? parseResult(response) : std::nullopt;
+    if (!answer) {
+        fail(response);
+        return;
+    }
+    result = *answer;
+    completeJob(anyFinishedEvent, "ACSP");
+}
+
+// Nothing that comes from this client can be counted on any more. Whoever waits for it is woken.
+void AbstractClientSearchProcess::fail(const std::string& response) {
+    inError = true;
+    constexpr std::size_t shown = 1023;
+    const std::string line = response.substr(0, std::min(response.find('\n'), shown));
+    if (!leaving) {
+        appendDiagnostic(connectionErrors,
+                         diagnosticTime() + " put client in error state (ACPS::run)!\nresponse = " + line);
+    }
+    doneEvent.signal();
+    sleepMilliseconds(1);
+}
+
+bool AbstractClientSearchProcess::receive() {
+    const i32 count = readData();
+    if (count > 0) pending.append(readBuffer.data(), static_cast<std::size_t>(count));
+    return count > 0;
+}
+
+bool AbstractClientSearchProcess::takeLine(std::string& line) {
+    const std::size_t end = pending.find('\n');
+    if (end == std::string::npos) return false;
+    line = pending.substr(0, end);
+    pending.erase(0, end + 1);
+    return true;
+}
+
+void AbstractClientSearchProcess::getNextMessage(std::string& line) {
+    while (!takeLine(line)) {
+        if (pending.size() < longestPending && receive()) continue;
+        inError = true;
+        if (!leaving) {
+            appendDiagnostic(connectionErrors,
+                             diagnosticTime() + " put client in error state (ACPS::getNextMessage)!");
+        }
+        line = "err";
+        return;
+    }
+}
+
+}  // namespace valku

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "distributed/client_search_process.h"
+#include "platform/process.h"
+
+namespace valku {
+
+// A second copy of this program as a child process, on two pipes. It shares the hash table.
+class LocalClientSearchProcess final : public AbstractClientSearchProcess {
+  public:
+    // Starts the child; inError if the system does not start it. Whether the child is fit for work shows with
+    // the first job.
+    LocalClientSearchProcess(const std::string& programPath, const std::vector<std::string>& arguments);
+
+    std::string name() const override { return "localClient"; }
+
+  protected:
+    i32 readData() override;
+    void writeData(std::string_view text) override { child.write(text); }
+    bool hasData() override { return child.hasOutput(); }
+    void endConnection() override;
+
+  private:
+    ChildProcess child;
+};
+
+}  // namespace valku

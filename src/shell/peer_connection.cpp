@@ -1,0 +1,55 @@
+#include "shell/peer_connection.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "distributed/diagnostics.h"
+#include "distributed/peer_socket.h"
+#include "search/output.h"
+
+namespace valku {
+
+bool PeerConnection::awaitCaller(u16 port) {
+    while (listenAndAccept(listener, connection, port) != 0) {
+        appendDiagnostic(startErrors, "CC: could not listen on port " + std::to_string(port));
+        if (port == std::numeric_limits<u16>::max()) return false;
+        ++port;
+    }
+    textSink->status("Socket created on port " + std::to_string(port) + "!\n");
+    return true;
+}
+
+bool PeerConnection::readLine(std::string& line) {
+    while (!takeLine(line)) {
+        if (!receive()) return false;
+    }
+    return true;
+}
+
+bool PeerConnection::takeLine(std::string& line) {
+    const auto from = buffer.begin() + static_cast<std::ptrdiff_t>(position);
+    const auto to = buffer.begin() + static_cast<std::ptrdiff_t>(end);
+    const auto lineEnd = std::find_if(from, to, [](char c) { return c == '\n' || c == '\r'; });
+    if (lineEnd == to) return false;
+    line.assign(from, lineEnd);
+    position += line.size() + 1;
+    return true;
+}
+
+// Behind the piece of a line that is there already; the network cuts lines where it likes.
+bool PeerConnection::receive() {
+    std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(position),
+              buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.begin());
+    end -= position;
+    position = 0;
+    if (end == buffer.size()) {
+        textSink->status("ConsoleCommunicator::getLine(): Warning: buffer overrun detected!\n");
+        end = 0;
+    }
+    const std::ptrdiff_t count = connection.receive(buffer.data() + end, buffer.size() - end);
+    if (count <= 0) return false;
+    end += static_cast<std::size_t>(count);
+    return true;
+}
+
+}  // namespace valku
