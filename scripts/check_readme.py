@@ -25,7 +25,7 @@ UNREAD = "stored; nothing reads it"
 TO_COME = "(to come)"
 
 # Settings without a variable of their own.
-DEFAULTS_WITHOUT_VARIABLE = {"remoteClient": "none", "writeLogFile": "0"}
+DEFAULTS_WITHOUT_VARIABLE = {"remoteClient": "none", "listenAddress": "none", "writeLogFile": "0"}
 
 
 def readme_table(first_column):
