@@ -61,6 +61,10 @@ void AbstractClientSearchProcess::run() {
         doneEvent.reset();
         work();
     }
+    // A search that is being shut down may still come with a job.
+    inError = true;
+    jobSent.signal();
+    doneEvent.signal();
     threadEnded.signal();
 }
 

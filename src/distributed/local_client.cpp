@@ -19,7 +19,8 @@ i32 LocalClientSearchProcess::readData() {
     std::string text;
     if (child.readSome(text, forEver) != ChildProcess::Output::some) {
         child.hasEnded();  // the system may forget it
-        text = "\n";
+        readBuffer[0] = '\n';
+        return 1;
     }
     std::copy(text.begin(), text.end(), readBuffer.begin());
     return static_cast<i32>(text.size());
@@ -29,6 +30,7 @@ void LocalClientSearchProcess::endConnection() {
     constexpr int patienceMs = 1000;
     for (int waited = 0; !child.hasEnded() && waited < patienceMs; ++waited) sleepMilliseconds(1);
     child.terminate();
+    child.wait();
 }
 
 }  // namespace valku

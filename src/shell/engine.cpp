@@ -48,8 +48,9 @@ namespace {
 constexpr const char* banner = "Valku 4.00, a chess engine. Type go to let it move, quit to leave.\n";
 
 void shutDownProcess() {
-    endSearchForShutDown();
+    // Clients first: a search may be waiting for one of them.
     quitAllClients();
+    endSearchForShutDown();
     try {
         if (!searchRunning) releaseHashTable();
     } catch (const std::string& text) {
@@ -91,10 +92,12 @@ void consoleControlHandler(int consoleSignal) {
     endSearchForShutDown();
     const std::unique_lock lock = holdCommands();
     endSearchForShutDown();
-    writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
-    if (!startedUp) return;
-    if (lock) writeStandardOutput("board: " + writeFen() + "\n");
-    shutDownProcess();
+    // What a child writes there its parent would take for an answer.
+    if (processRole != roleLocalClient) {
+        writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
+        if (startedUp && lock) writeStandardOutput("board: " + writeFen() + "\n");
+    }
+    if (startedUp) shutDownProcess();
 }
 
 // To the interface of a root process. The parent of any other one expects nothing but answers to its jobs.
