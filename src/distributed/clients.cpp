@@ -94,6 +94,7 @@ void addRemoteClient(const std::string& host, u16 port) {
 }
 
 void quitLocalClients() {
+    listeningChildren().clear();
     for (AbstractClientSearchProcess* const client : sayQuit(ProcessKind::localClient)) {
         client->awaitEnd();
         const std::lock_guard lock(ownerMutex);
