@@ -70,17 +70,13 @@ void AbstractClientSearchProcess::run() {
 
 void AbstractClientSearchProcess::work() {
     // An answer that no job has asked for would be taken for the answer to this one.
-    const bool silent = pending.empty() && !hasData();
-    if (silent) sendMessage(composeJob(jobPosition, job));
+    const bool unasked = !pending.empty() || (hasData() && receive());
+    if (!unasked) sendMessage(composeJob(jobPosition, job));
     jobSent.signal();
 
-    std::string response;
-    if (silent) {
-        getNextMessage(response);
-    } else if (!pending.empty() || receive()) {
-        response = pending;
-    }
-    const std::optional<SearchResult> answer = silent ? parseResult(response) : std::nullopt;
+    std::string response = pending;
+    if (!unasked) getNextMessage(response);
+    const std::optional<SearchResult> answer = unasked ? std::nullopt : parseResult(response);
     if (!answer) {
         fail(response);
         return;

@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
 #include <limits>
+#include <string>
 #include <utility>
 
+#include "platform/clock.h"
 #include "platform/shared_memory.h"
 
 namespace valku {
@@ -20,8 +23,21 @@ bool wasRemoved() {
     return errno == EIDRM || errno == EINVAL;
 }
 
+/// Also true of a process that has died and whose parent has not asked for it yet.
 bool isProcessGone(pid_t process) {
-    return kill(process, 0) != 0 && errno == ESRCH;
+    if (kill(process, 0) != 0) return errno == ESRCH;
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string fields;
+    std::getline(file, fields, '\0');
+    const std::size_t name = fields.rfind(") ");
+    if (name == std::string::npos) return false;
+    const char state = fields[name + 2];
+    return state == 'Z' || state == 'X';
+}
+
+bool isUsed(int segment) {
+    shmid_ds state{};
+    return shmctl(segment, IPC_STAT, &state) == 0 && state.shm_nattch != 0;
 }
 
 /// Removes a segment that nobody uses any more: attached nowhere and its creator dead. That the creator is
@@ -35,6 +51,15 @@ bool removeIfStale(int segment) {
     const bool creatorKnown = state.shm_cpid > 0;
     if (!ours || state.shm_nattch != 0 || !creatorKnown || !isProcessGone(state.shm_cpid)) return false;
     return shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
+}
+
+/// The last user of a dead creator's segment has nobody behind it who would clear it away. A creator that was
+/// killed lets go of everything some moments before it counts as dead.
+void removeBehind(int segment) {
+    constexpr int patienceMs = 500;
+    for (int waited = 0; !removeIfStale(segment) && !isUsed(segment) && waited < patienceMs; ++waited) {
+        sleepMilliseconds(1);
+    }
 }
 
 }  // namespace
@@ -112,8 +137,7 @@ bool SharedMemory::close() {
     // The mark must stand before we detach: from then on the last one to detach takes the segment with it.
     const bool unnamed = !creator || shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
     const bool detached = shmdt(start) == 0;
-    // The last user of a dead creator's segment has nobody behind it who would clear it away.
-    if (!creator) removeIfStale(segment);
+    if (!creator) removeBehind(segment);
     start = nullptr;
     length = 0;
     segment = -1;

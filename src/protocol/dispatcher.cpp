@@ -201,8 +201,8 @@ constexpr Command uciCommands[] = {
 
 // The words of a parent, and those that get along with a running job. Everything else a client does behind
 // it.
-bool bearsAJob(std::string_view line) {
-    return line.starts_with("client_") || line == "quit" || line == "isready";
+bool bearsAJob(std::string_view word) {
+    return word.starts_with("client_") || word == "quit" || word == "isready";
 }
 
 bool fits(const Command& command, std::string_view line) {
@@ -213,6 +213,7 @@ template <std::size_t count>
 bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
     for (const Command& command : chain) {
         if (!fits(command, line)) continue;
+        if (!bearsAJob(command.word)) finishJob();
         command.handle(line.substr(command.word.size()));
         return true;
     }
@@ -226,9 +227,9 @@ void dispatch(const std::string& line) {
         editCommand(line);
         return;
     }
-    if (!bearsAJob(line)) finishJob();
     if (dispatchAmong(commands, line)) return;
     if (isMoveText(line)) {
+        finishJob();
         receiveMove(line, false);
     } else {
         dispatchAmong(uciCommands, line);
