@@ -25,6 +25,8 @@
 #include "search/process_state.h"
 #include "search/tablebase_port.h"
 #include "search/time_management.h"
+#include "tablebases/registration.h"
+#include "tablebases/table_cache.h"
 
 namespace valku {
 
@@ -142,7 +144,7 @@ void applyNalimovPath(Parameter&, std::string_view value) {
     const std::string text = formatText("NalimovPath received: %s\nnew NalimovPath = %s\n",
                                         std::string(value).c_str(), TBPath.c_str()) +
                              cacheSizeLine("TB-cache = ");
-    registerTablebases();
+    tbStartUp(TBPath);
     sendText(text);
 }
 
@@ -151,7 +153,7 @@ void applyNalimovCache(Parameter&, std::string_view value) {
     const i32 megabytes = std::min(readNumber(value), 2047);
     if (megabytes > 0) {
         TBCacheSize = megabytes << 20;
-        rebuildTbCache();
+        initCache();
     }
     sendText(formatText("NalimovCache received: %s\n", std::string(value).c_str()) +
              cacheSizeLine("new TB-cache = "));

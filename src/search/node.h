@@ -38,7 +38,7 @@ namespace valku {
     if (searchPosition.whiteMen + searchPosition.blackMen > largestTbMen || TBdistance * 4 > depth)
         return false;
     ++tbProbes;
-    if (!probeTablebases(ply, &score, searchPosition)) return false;
+    if (!tablebaseProbe(ply, &score, searchPosition)) return false;
     ++tbHits;
     return true;
 }

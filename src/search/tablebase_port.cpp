@@ -7,13 +7,10 @@ namespace {
 int probeNothing(int, i32*, const Position&) {
     return 0;
 }
-void doNothing() {}
 
 }  // namespace
 
-TablebaseProbe probeTablebases = probeNothing;
-void (*registerTablebases)() = doNothing;
-void (*rebuildTbCache)() = doNothing;
+TablebaseProbe tablebaseProbe = probeNothing;
 std::string TBPath = "<empty>";
 i32 TBCacheSize = 33554432;
 i32 largestTbMen = 0;

@@ -13,12 +13,7 @@ namespace valku {
 // root.
 using TablebaseProbe = int (*)(int ply, i32* score, const Position& position);
 
-extern TablebaseProbe probeTablebases;
-
-// Looks for tables in the directories of TBPath, and makes the cache of TBCacheSize bytes anew. Only between
-// searches.
-extern void (*registerTablebases)();
-extern void (*rebuildTbCache)();
+extern TablebaseProbe tablebaseProbe;
 
 constexpr std::size_t longestPath = 255;  // of TBPath and bookFile; a longer value is cut
 extern std::string TBPath;

@@ -39,6 +39,8 @@
 #include "search/thinking_state.h"
 #include "shell/console_communicator.h"
 #include "shell/settings_file.h"
+#include "tablebases/probe.h"
+#include "tablebases/registration.h"
 #include "tools/tool_commands.h"
 
 namespace valku {
@@ -168,6 +170,7 @@ void connectPorts() {
         printBoard();
     };
     toolPort = toolCommands();
+    tablebaseProbe = probeTablebases;
     searchPorts = {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,
@@ -237,7 +240,7 @@ void engineMain(const CommandLine& commandLine) {
     createRemoteClients();
     loadBook();
     resetGame();
-    registerTablebases();
+    tbStartUp(TBPath);
     reportTablebases();
     mainLoop();
 }

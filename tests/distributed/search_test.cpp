@@ -243,7 +243,7 @@ int probeWin(int, i32* score, const Position&) {
 }
 
 TEST_F(Search, NodesAskTheTablesWhereTheDepthAllows) {
-    const ValueScope probe(probeTablebases, TablebaseProbe{probeWin});
+    const ValueScope probe(tablebaseProbe, TablebaseProbe{probeWin});
     const ValueScope distance(TBdistance, 8);
     const ValueScope men(largestTbMen, 4);
     const char* four = "4k3/4p3/8/8/8/8/4P3/4K3 w - - 0 1";
