@@ -185,7 +185,7 @@ void startJob(std::string_view numbers) {
     job.zws = takeNumber(numbers) != 0;
 
     clearAllStops();
-    searchRunning = true;
+    if (!announceSearch()) return;
     Position position(gamePosition);
     addRecordBefore(position);
     rootSearchProcess->setJob(position, job, nullptr);

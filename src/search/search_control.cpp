@@ -63,11 +63,18 @@ bool hasLimit() {
 void (*ponderingTakenBack)() = nothingToShow;
 SharedFlag shutDownBegun{false};
 
+// Whoever ends the process sets the one flag and looks at the other: one of the two sees it.
+bool announceSearch() {
+    searchRunning = true;
+    if (shutDownBegun) searchRunning = false;
+    return searchRunning;
+}
+
 void requestSearch() {
     if (processRole != roleRoot) return;  // nobody there to think
     forgetOldStops();
     answerGiven = false;
-    searchRunning = true;
+    if (!announceSearch()) return;
     thinkingActive = true;
     readyForGo = false;
     goEvent.signal();
@@ -88,13 +95,14 @@ void haltSearch() {
 }
 
 // A move from outside is let in, by answerGiven, only when the whole state is there.
-void beginPonderSearch(Move expectedReply) {
+bool beginPonderSearch(Move expectedReply) {
     const std::lock_guard lock(endOfSearchMutex);
     forgetOldStops();
     changeGame([&] { playGameMove(expectedReply); });
     pondering = true;
-    searchRunning = true;
+    if (!announceSearch()) return false;
     answerGiven = false;
+    return true;
 }
 
 void acknowledgeSearchEnd() {

@@ -35,6 +35,10 @@ bool isSettled();
 // At the end of the input: a search that has a limit is waited for, any other is ended with its answer.
 void finishAtEndOfInput();
 
+// To be called before a search begins. False if the process is about to end: the tables may be gone then. A
+// search that is announced in time is waited for.
+bool announceSearch();
+
 // Ends a running search so that its tables can be given back; waits for at most two seconds. Any thread.
 void endSearchForShutDown();
 
@@ -52,7 +56,8 @@ Position copyGame();
 extern SharedFlag shutDownBegun;
 
 // The thinking thread's side: goes over from a search that has been answered to one on the expected reply.
-void beginPonderSearch(Move expectedReply);
+// False if there is to be none.
+bool beginPonderSearch(Move expectedReply);
 
 // The thinking thread's side: the output of a search is complete.
 void acknowledgeSearchEnd();

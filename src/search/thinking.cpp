@@ -280,7 +280,7 @@ void runThinkingCycle() {
             // Behind a ponder search that was stopped, the taking back is still to come.
             if (easyMode || protocolMode == protocolUci || noAutoPonder || pondering) break;
             if (mainLine.moves[1] == nullMove) break;
-            beginPonderSearch(mainLine.moves[1]);
+            if (!beginPonderSearch(mainLine.moves[1])) break;
         }
     }
 }
