@@ -7,6 +7,7 @@ root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 build=$root/build/release
 engine=$build/valku
 stamp=$build/built
+tables=$root/tables
 
 # Nothing that the build reads is newer than the last one. Folders count too: their time tells of files removed.
 isBuilt() {
@@ -34,6 +35,19 @@ if ! isBuilt; then
         echo "valku: the engine could not be built" >&2
         exit 1
     fi
+fi
+
+# The endings of three men, which settings.ini names. Two interfaces that start at once must not write the same files.
+makeTables() {
+    exec 9>"$build/lock" && flock 9 || return 1
+    [ -e "$tables/kpk.nbb" ] && return 0
+    "$build/valku-tables" generate --all-3 --dir "$tables" || return 1
+    echo "valku: for the endings of four men run $build/valku-tables generate --all-4 --compress --dir $tables"
+}
+
+# The tables of kpk rest on all others of three men and come last.
+if [ ! -e "$tables/kpk.nbb" ] && [ ! -e "$tables/kpk.nbb.emd" ]; then
+    (makeTables) </dev/null >&2 || echo "valku: going on without endgame tables" >&2
 fi
 
 if [ -t 0 ] && [ $# -eq 0 ]; then

@@ -16,7 +16,7 @@ LEVELS = [
     ["eval"],
     ["search"],
     ["distributed", "book", "tablebases"],
-    ["protocol"],
+    ["protocol", "tablemaker"],
     ["tools"],
     ["shell"],
 ]

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+
+#include "chess/attacks.h"
+#include "chess/make_move.h"
+#include "chess/move_generation.h"
+#include "tablebases/probe.h"
+
+namespace valku {
+
+// What a value of the reader's scale (see tablebases/probe.h) is worth to the side that moved to it: a mate
+// is a move farther away for the winner, and a win of the one is a loss of the other.
+constexpr i32 valueBeforeMove(i32 value) {
+    if (value == noTableValue) return noTableValue;
+    return value > 0 ? 1 - value : -value;
+}
+
+// The value of a position by its moves alone. `lookUp` gives the value of a position without a right to
+// capture en passant, of which tables know nothing. noTableValue if it gave that for one of the moves.
+template <class LookUp>
+i32 valueByMoves(Position& position, const LookUp& lookUp);
+
+// The value of a position by `lookUp`, if need be by that of the positions after its moves.
+template <class LookUp>
+i32 valueOf(Position& position, const LookUp& lookUp) {
+    return position.state->epField == noEpField ? lookUp(position) : valueByMoves(position, lookUp);
+}
+
+template <class LookUp>
+i32 valueByMoves(Position& position, const LookUp& lookUp) {
+    constexpr i32 none = std::numeric_limits<i32>::min();
+    constexpr i32 mated = -32766;
+    i32 best = none;
+    MoveList list;
+    generateAllMoves(position, list);
+    for (i32 i = 0; i < list.count; ++i) {
+        makeMove(position, list.moves[i]);
+        if (!leftKingInCheck(position)) best = std::max(best, valueBeforeMove(valueOf(position, lookUp)));
+        unmakeMove(position);
+    }
+    if (best != none) return best;
+    return inCheck(position) ? mated : 0;
+}
+
+}  // namespace valku

@@ -1,0 +1,220 @@
+#include "tablemaker/commands.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <map>
+#include <mutex>
+
+#include "chess/fen.h"
+#include "platform/clock.h"
+#include "platform/raw_io.h"
+#include "tablebases/class_lookup.h"
+#include "tablebases/probe.h"
+#include "tablebases/registration.h"
+#include "tablebases/table_entry.h"
+#include "tablemaker/parallel.h"
+#include "tablemaker/progress_bar.h"
+#include "tablemaker/solver.h"
+#include "tablemaker/table_file.h"
+#include "tablemaker/value_by_moves.h"
+
+namespace valku {
+
+namespace {
+
+constexpr u32 portion = 4096;  // entries that a thread takes at a time
+
+// Values of the tables that the moves of a class lead to. The reader serves one thread only, so they are read
+// out beforehand.
+class Successors {
+  public:
+    // Nothing, or a line that tells what is missing.
+    std::string load(int tbClass) {
+        std::vector<int> classes = classesAfter(tbClass);
+        classes.push_back(tbClass);
+        for (const int needed : classes) {
+            const TbClass& record = recordOf(needed);
+            if (needed == 0) continue;
+            for (const int side : {0, 1}) {
+                std::vector<i16>& table = tables[needed].ofSide[record.fileSide(side)];
+                if (!table.empty()) continue;
+                if (record.files[record.fileSide(side)][0].name.empty())
+                    return "the table of " + record.name + " is missing";
+                table.resize(indexRange(needed, side));
+                for (u64 i = 0; i < table.size(); ++i)
+                    table[i] = static_cast<i16>(readTableValue(needed, side, i));
+            }
+        }
+        return "";
+    }
+
+    // noTableValue if the table holds no value of the position.
+    i32 valueOf(const Position& position) const {
+        TbEntry entry;
+        if (!entryOfPosition(position, entry))
+            return position.whiteMen + position.blackMen == 2 ? 0 : noTableValue;
+        const int side = recordOf(entry.tbClass).fileSide(entry.side);
+        const std::vector<i16>& table = tables.at(entry.tbClass).ofSide[side];
+        return entry.index < table.size() ? table[entry.index] : noTableValue;
+    }
+
+  private:
+    struct Tables {
+        std::vector<i16> ofSide[2];
+    };
+
+    std::map<int, Tables> tables;
+};
+
+i32 byteOfValue(i32 value) {
+    return value == 0 ? 0 : value > 0 ? value - 32640 : value + 32640;
+}
+
+std::string textOfByte(i32 byte) {
+    if (byte == 0) return "a draw";
+    if (byte == unusedTableByte) return "no value";
+    return byte > 0 ? "a win in " + std::to_string(127 - byte) : "a loss in " + std::to_string(byte + 126);
+}
+
+struct WrongEntry {
+    u64 index = std::numeric_limits<u64>::max();
+    i32 expected = 0;
+};
+
+class Verifier {
+  public:
+    Verifier(const Successors& known, const TableFile& verifiedFile, const std::vector<u8>& tableBytes)
+        : successors(known), file(verifiedFile), bytes(tableBytes) {}
+
+    // `report` is called now and then with the entries that have been looked at.
+    WrongEntry firstWrong(int threads, const std::function<void(u64)>& report) {
+        std::atomic<u64> done{0};
+        const auto portions = static_cast<u32>((bytes.size() + portion - 1) / portion);
+        inParallel(threads, portions, [&](u32 number) {
+            const u64 begin = u64{number} * portion;
+            if (begin < firstFound) check(begin, std::min<u64>(bytes.size(), begin + portion));
+            done += portion;
+            const std::unique_lock lock(mutex, std::try_to_lock);
+            if (lock) report(done);
+        });
+        return wrong;
+    }
+
+  private:
+    void check(u64 begin, u64 end) {
+        static thread_local Position position;
+        for (u64 index = begin; index < end; ++index) {
+            const bool used = positionOfEntry({file.tbClass, file.side, index}, position);
+            const i32 expected = used ? byteOfValue(byMoves(position)) : unusedTableByte;
+            if (expected == static_cast<i8>(bytes[index])) continue;
+            const std::lock_guard lock(mutex);
+            if (index < wrong.index) wrong = {index, expected};
+            firstFound = wrong.index;
+            return;
+        }
+    }
+
+    i32 byMoves(Position& position) const {
+        return valueByMoves(position, [&](const Position& after) { return successors.valueOf(after); });
+    }
+
+    const Successors& successors;
+    const TableFile& file;
+    const std::vector<u8>& bytes;
+    WrongEntry wrong;
+    std::atomic<u64> firstFound{wrong.index};
+    std::mutex mutex;
+};
+
+std::string describe(const TableFile& file, const WrongEntry& wrong, i32 found) {
+    Position position;
+    std::string text =
+        file.path + ": entry " + std::to_string(wrong.index) + " says " + textOfByte(found) + ", ";
+    if (positionOfEntry({file.tbClass, file.side, wrong.index}, position)) {
+        return text + "its moves say " + textOfByte(wrong.expected) + " (" + writeFen(position) + ")";
+    }
+    return text + "but stands for no legal position";
+}
+
+std::vector<std::string> tablesIn(const std::string& directory) {
+    std::vector<std::string> paths;
+    for (int tbClass = 1; tbClass < tbClassCount; ++tbClass) {
+        for (const int side : {0, 1}) {
+            if (const auto file = findTable(directory, tbClass, side)) paths.push_back(file->path);
+        }
+    }
+    return paths;
+}
+
+}  // namespace
+
+int verifyTables(const TablesArguments& arguments) {
+    int exitCode = 0;
+    const auto complain = [&](const std::string& text) {
+        writeErrorOutput(text + "\n");
+        exitCode = 1;
+    };
+    std::vector<TableFile> files;
+    for (const std::string& path :
+         arguments.words.empty() ? tablesIn(arguments.directory) : arguments.words) {
+        if (const auto file = tableFileOf(path)) {
+            files.push_back(*file);
+        } else {
+            complain(path + ": is not the name of a table");
+        }
+    }
+    if (files.empty() && exitCode == 0) complain(arguments.directory + ": holds no tables");
+
+    // All lengths first: the reader ends the process at the sight of a table that does not fit.
+    std::vector<u8> bytes;
+    std::string error;
+    u64 total = 0, before = 0;
+    for (const TableFile& file : files) {
+        if (!readTable(file, bytes, error)) complain(error);
+        total += bytes.size();
+    }
+    if (exitCode) return exitCode;
+
+    Successors successors;
+    std::string registered;
+    ProgressBar bar;
+    for (const TableFile& file : files) {
+        const double startTime = steadySeconds();
+        std::string folder = std::filesystem::path(file.path).parent_path().string();
+        if (folder.empty()) folder = ".";
+        if (folder != registered) {
+            tbStartUp(folder);
+            successors = {};
+            registered = folder;
+        }
+        if (error = successors.load(file.tbClass); !error.empty()) {
+            complain(file.path + ": " + error);
+            continue;
+        }
+        if (!readTable(file, bytes, error)) {
+            complain(error);
+            continue;
+        }
+        const WrongEntry wrong =
+            Verifier(successors, file, bytes).firstWrong(arguments.threads, [&](u64 done) {
+                bar.show(static_cast<double>(before + done) / static_cast<double>(total), file.path);
+            });
+        bar.clear();
+        before += bytes.size();
+        if (wrong.index < bytes.size()) {
+            complain(describe(file, wrong, static_cast<i8>(bytes[wrong.index])));
+            continue;
+        }
+        char text[64];
+        std::snprintf(text, sizeof text, ": %zu entries are right, %.1f s\n", bytes.size(),
+                      steadySeconds() - startTime);
+        writeStandardOutput(file.path + text);
+    }
+    return exitCode;
+}
+
+}  // namespace valku
