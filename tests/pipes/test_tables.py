@@ -16,10 +16,10 @@ import unittest
 import engine
 from rules import Board
 
-LONGEST = {"kpk": 28, "knk": 0, "kbk": 0, "krk": 16, "kqk": 10}
-LONGEST_OF_FOUR = {
-    "kbbk": 19, "kbnk": 33, "knnk": 1, "kppk": 32, "knpk": 28, "kqkr": 35, "kqkb": 17, "kqkn": 21, "kqkq": 13,
-    "krkr": 19, "krkb": 29, "krkn": 40, "krkp": 43, "kqkp": 29, "kpkp": 33}
+LONGEST = {
+    "kpk": 28, "knk": 0, "kbk": 0, "krk": 16, "kqk": 10, "kbbk": 19, "kbnk": 33, "knnk": 1, "kppk": 32, "knpk": 28,
+    "kqkr": 35, "kqkb": 17, "kqkn": 21, "kqkq": 13, "krkr": 19, "krkb": 29, "krkn": 40, "krkp": 43, "kqkp": 29,
+    "kpkp": 33}
 INFO = re.compile(r"\S+: .* entries\n  \d+ wins, \d+ draws, \d+ losses\n"
                   r"(?:  longest mate: (?P<moves>\d+) moves?, (?P<fen>.*)\n)?")
 PROBE = re.compile(r"(?P<fen>.*): (?:(?P<what>mate|mated|draw)(?: in (?P<moves>\d+) moves?)?), value (?P<value>-?\d+)\n"
@@ -48,122 +48,110 @@ class TablesTest(engine.EngineTest):
     def info(self, *paths):
         return list(INFO.finditer(self.good("info", *paths)))
 
-    def probe(self, fen, tables=None):
-        return PROBE.fullmatch(self.good("probe", fen, "--dir", tables or self.tables))
+    def probe(self, *fens, tables=None):
+        told = list(PROBE.finditer(self.good("probe", *fens, "--dir", tables or self.tables)))
+        self.assertEqual([probe["fen"] for probe in told], list(fens))
+        return told
 
-    def copy(self, pattern="k?k.*"):
-        """A directory with copies of tables, for damage."""
+    def copy(self):
+        """A directory with the tables of three men, for damage."""
         directory = pathlib.Path(tempfile.mkdtemp(dir=self.scratch.name))
-        for path in self.tables.glob(pattern):
+        for path in self.tables.glob("k?k.*"):
             (directory / path.name).write_bytes(path.read_bytes())
         return directory
 
-    def check_longest(self, directory, known):
-        for name, moves in known.items():
-            told = self.info(*directory.glob(name + ".nb?"))
-            self.assertEqual(max(int(info["moves"] or 0) for info in told), moves, name)
+    def check_longest(self, directory, names):
+        for name in names:
+            told = self.info(*directory.glob(name + ".nb?*"))
+            self.assertEqual(max(int(info["moves"] or 0) for info in told), LONGEST[name], name)
             for info in told:
                 if info["fen"]:
-                    self.assertEqual(self.probe(info["fen"], directory)["moves"], info["moves"])
+                    self.assertEqual(self.probe(info["fen"], tables=directory)[0]["moves"], info["moves"])
 
-    def play(self, name, moves):
+    def play(self, name):
         """The engine wins from the position in which that takes longest, in no more moves, against best defence."""
-        path = self.tables / f"{name}.nbw"
-        fen = self.info(path)[0]["fen"]
+        fen = self.info(self.tables / f"{name}.nbw")[0]["fen"]
         player = self.ready_engine(settings=f"TBPath={self.tables}\nTBdistance=1\n")
-        played, hits = [], 0
-        for left in range(moves, 0, -1):
+        board, played, hits = Board(fen), [], 0
+        for left in range(LONGEST[name], 0, -1):
             answer = player.go("depth 6", f"fen {fen} moves {' '.join(played)}" if played else f"fen {fen}")
-            board = Board(fen)
-            for text in [*played, answer.best]:
-                board = board.play(board.find(text, Board.uci))
             hits += any(int(line["tbhits"]) for line in answer.main_lines)
-            defence = self.probe(board.fen())
+            board = board.play(board.find(answer.best, Board.uci))
+            defence, = self.probe(board.fen())
             self.assertEqual((defence["what"], int(defence["moves"] or 0)), ("mated", left - 1), board.fen())
-            played.append(answer.best)
             if left > 1:
-                played.append(defence["best"].split()[0])
-        self.assertGreater(hits, moves // 2)
+                reply = defence["best"].split()[0]
+                board = board.play(board.find(reply, Board.uci))
+                played += [answer.best, reply]
+        self.assertGreater(hits, LONGEST[name] // 2)
 
-    def random_fens(self, men, count):
+    def random_boards(self, men, count):
         """Positions in which the side not to move is not in check."""
-        chance = random.Random(men)
-        fens = []
-        while len(fens) < count:
-            cells = ["1"] * 64
-            for man, at in zip(men, chance.sample(range(64), len(men))):
-                cells[at] = man
-            placement = "/".join("".join(cells[at:at + 8]) for at in range(0, 64, 8))
-            board = Board(f"{placement} {chance.choice('wb')} - - 0 1")
-            board.white = not board.white
-            if not re.search("[Pp]", placement[:8] + placement[-8:]) and not board.in_check():
-                board.white = not board.white
-                fens.append(board.fen())
-        return fens
-
-    def probe_all(self, fens):
-        found = list(PROBE.finditer(self.good("probe", *fens, "--dir", self.tables)))
-        self.assertEqual([probe["fen"] for probe in found], fens)
-        return found
+        chance, boards = random.Random(men), []
+        while len(boards) < count:
+            cells = list(men.ljust(64, "1"))
+            chance.shuffle(cells)
+            rows = ["".join(cells[at:at + 8]) for at in range(0, 64, 8)]
+            board, other = (Board(f"{'/'.join(rows)} {side} - - 0 1") for side in chance.choice(("wb", "bw")))
+            if not set("Pp") & set(rows[0] + rows[7]) and not other.in_check():
+                boards.append(board)
+        return boards
 
     def test_makes_tables(self):
         self.assertEqual((self.made.returncode, self.made.stderr), (0, ""))
         sizes = sorted(path.stat().st_size for path in self.tables.glob("k[qp]k.nb?"))
         self.assertEqual(sizes, [25629, 28644, 81664, 84012])
-        self.check_longest(self.tables, {**LONGEST, "kbnk": 33, "kqkr": 35})
+        self.check_longest(self.tables, ("kpk", "knk", "kbk", "krk", "kqk", "kbnk", "kqkr"))
         self.assertIn("0 classes made, 5 were there", self.good("generate", "--all-3", "--dir", self.tables))
 
     def test_values_follow_from_moves(self):
         """By rules that share nothing with the engine or the maker."""
+        rank = {"mate": lambda moves: (2, -moves), "draw": lambda moves: (1, 0), "mated": lambda moves: (0, moves)}
         for men in ("KkP", "Kkp", "KkQ", "Kkr", "KkQr", "KkqR", "KkBN"):
-            boards = [Board(fen) for fen in self.random_fens(men, 40)]
-            after = {}  # by FEN, to a distance with a sign; bare kings need no table
-            fens = sorted({board.play(move).fen() for board in boards for move in board.moves()})
-            for probe in self.probe_all([fen for fen in fens if len(re.findall("[a-zA-Z]", fen.split()[0])) > 2]):
-                after[probe["fen"]] = probe
-            for board, told in zip(boards, self.probe_all([board.fen() for board in boards])):
-                wins, losses, draws = {}, {}, []
+            boards = self.random_boards(men, 40)
+            fens = {board.play(move).fen() for board in boards for move in board.moves()}
+            # Bare kings need no table.
+            fens = [fen for fen in fens if len(re.findall("[a-zA-Z]", fen.split()[0])) > 2]
+            after = {probe["fen"]: (probe["what"], int(probe["moves"] or 0)) for probe in self.probe(*fens)}
+            for board, told in zip(boards, self.probe(*(board.fen() for board in boards))):
+                ranks = {}
                 for move in board.moves():
-                    probe = after.get(board.play(move).fen())
-                    text = board.uci(move)
-                    if probe is None or probe["what"] == "draw":
-                        draws.append(text)
-                    else:
-                        (wins if probe["what"] == "mated" else losses)[text] = int(probe["moves"] or 0)
-                if wins:
-                    what, moves = "mate", min(wins.values()) + 1
-                    best = [text for text in wins if wins[text] == moves - 1]
-                elif draws or not losses and not board.in_check():
-                    what, moves, best = "draw", 0, draws
-                else:
-                    what, moves = "mated", max(losses.values(), default=0)
-                    best = [text for text in losses if losses[text] == moves]
-                self.assertEqual((told["what"], int(told["moves"] or 0), sorted((told["best"] or "").split())),
-                                 (what, moves, sorted(best)), board.fen())
+                    what, moves = after.get(board.play(move).fen(), ("draw", 0))
+                    mine = {"mate": "mated", "draw": "draw", "mated": "mate"}[what]
+                    ranks[board.uci(move)] = rank[mine](moves + (mine == "mate"))
+                best = max(ranks.values(), default=(0, 0) if board.in_check() else (1, 0))
+                self.assertEqual(rank[told["what"]](int(told["moves"] or 0)), best, board.fen())
+                self.assertEqual(sorted((told["best"] or "").split()),
+                                 sorted(text for text in ranks if ranks[text] == best), board.fen())
 
     def test_engine_wins_in_the_stated_moves(self):
-        for name, moves in (("krk", 16), ("kpk", 28), ("kbnk", 33), ("kqkr", 35)):
+        for name in ("krk", "kpk", "kbnk", "kqkr"):
             with self.subTest(name):
-                self.play(name, moves)
+                self.play(name)
 
     def test_verify_names_the_first_wrong_entry(self):
         right = self.copy()
+        path = right / "kpk.nbw"
+        self.good("compress", path)
+        self.good("expand", path.with_suffix(".nbw.emd"))
+        self.assertEqual(path.read_bytes(), (self.tables / path.name).read_bytes())
+        path.unlink()
         self.assertEqual(self.good("verify", "--dir", right).count("entries are right"), 10)
-        for places in ((70000, 70001), (5,), (81663, 40000)):
-            spoilt = self.copy()
-            path = spoilt / "kpk.nbw"
-            data = bytearray(path.read_bytes())
-            for place in places:
-                data[place] = 3 if data[place] != 3 else 4
-            path.write_bytes(data)
-            done = self.run_tables("verify", path, spoilt / "kqk.nbb")
-            self.assertEqual(done.returncode, 1)
-            self.assertRegex(done.stderr, rf"^{path}: entry {min(places)} says .*\n$")
-            self.assertRegex(done.stdout, r"^\S*/kqk.nbb: 28644 entries are right")
+        self.check_longest(right, ["kpk"])
         (right / "kpk.nbb").write_bytes(b"x" * 84011)
         done = self.run_tables("verify", "--dir", right)
         self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1))
         self.assertIn("kpk.nbb: holds 84011 bytes, where the table of kpk has 84012", done.stderr)
+        for places in ((70000, 70001), (81663, 5)):
+            path = self.copy() / "kpk.nbw"
+            data = bytearray(path.read_bytes())
+            for place in places:
+                data[place] = 3 if data[place] != 3 else 4
+            path.write_bytes(data)
+            done = self.run_tables("verify", path, path.with_name("kqk.nbb"))
+            self.assertEqual(done.returncode, 1)
+            self.assertRegex(done.stderr, rf"^{path}: entry {min(places)} says .*\n$")
+            self.assertRegex(done.stdout, r"^\S*/kqk.nbb: 28644 entries are right")
 
     def test_goes_on_where_it_stopped(self):
         """Nothing that stands under a table's name is unfinished, whenever the maker is killed."""
@@ -179,18 +167,6 @@ class TablesTest(engine.EngineTest):
             self.good("generate", "krk", "kqk", "--dir", directory)
             self.assertEqual({path: path.stat().st_mtime_ns for path in there}, there)
             self.assertLessEqual({"krk.nbw", "krk.nbb", "kqk.nbb"}, {path.name for path in directory.iterdir()})
-
-    def test_compresses_and_expands(self):
-        directory = self.copy("kbnk.nbw")
-        path = directory / "kbnk.nbw"
-        plain = path.read_bytes()
-        self.good("compress", path)
-        path.unlink()
-        packed = directory / "kbnk.nbw.emd"
-        self.assertLess(packed.stat().st_size, len(plain) / 3)
-        self.assertEqual(self.info(packed)[0]["moves"], "33")
-        self.good("expand", packed)
-        self.assertEqual(path.read_bytes(), plain)
 
     def test_refuses_what_cannot_be(self):
         for code, word, command in (
@@ -211,7 +187,7 @@ class TablesTest(engine.EngineTest):
         directory = pathlib.Path(self.scratch.name, "packed")
         self.good("generate", "--all-4", "--compress", "--dir", directory)
         self.assertEqual(self.good("verify", "--dir", directory).count("entries are right"), 66)
-        self.check_longest(directory, LONGEST_OF_FOUR)
+        self.check_longest(directory, LONGEST)
 
 
 if __name__ == "__main__":
