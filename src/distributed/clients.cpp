@@ -32,9 +32,13 @@ std::vector<std::unique_ptr<ChildProcess>>& listeningChildren() {
 
 void enter(std::unique_ptr<AbstractClientSearchProcess> proxy) {
     if (proxy->inError) return;
+    if (!enterProcess(*proxy)) {
+        proxy->quit();
+        proxy->awaitEnd();
+        return;
+    }
     const std::lock_guard lock(ownerMutex);
-    AbstractClientSearchProcess& process = *proxies().emplace_back(std::move(proxy));
-    enterProcess(process);
+    proxies().push_back(std::move(proxy));
 }
 
 bool hasRacingChildren() {
