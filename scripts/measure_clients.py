@@ -23,11 +23,11 @@ import random
 import re
 import select
 import statistics
-import subprocess
 import sys
-import tempfile
 import time
 from pathlib import Path
+
+from engine_process import EngineProcess
 
 ROOT = Path(__file__).resolve().parent.parent
 POSITIONS = re.findall(r'^    \{(\d+), "(.+)"\},$', (ROOT / "src/tools/benchmark_positions.h").read_text(), re.M)
@@ -35,32 +35,12 @@ RACE = re.compile(r"^! \d+:\nrace at ply \d+ depth \d+: won by (.+)", re.M)
 TABLE = re.compile(r"Create new hashtable with id (\d+), size = (\d+)")
 SETTLING_SECONDS = 0.5  # in which a new child gets ready for its first job
 ENDLESS_DEPTH = 200  # quarter plies
+PATIENCE = 1800  # seconds for all that one engine has to do
 
 
-class Process:
-    """An engine in some role, in a folder where no settings lie about."""
-
+class Process(EngineProcess):
     def __init__(self, program, *arguments):
-        self.home = tempfile.TemporaryDirectory(prefix="valku-measure-")
-        self.process = subprocess.Popen([program, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                        bufsize=1, cwd=self.home.name)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        try:
-            self.send("quit")
-            self.process.wait(10)
-        except (OSError, subprocess.TimeoutExpired):
-            self.process.kill()
-            self.process.wait()
-        self.process.stdin.close()
-        self.process.stdout.close()
-        self.home.cleanup()
-
-    def send(self, text):
-        self.process.stdin.write(text + "\n")
+        super().__init__([program, *arguments], PATIENCE)
 
     def read_to(self, form):
         for line in self.process.stdout:

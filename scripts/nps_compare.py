@@ -16,10 +16,11 @@ import shutil
 import statistics
 import subprocess
 import sys
-import tempfile
 import threading
 import time
 from pathlib import Path
+
+from engine_process import EngineProcess
 
 ROOT = Path(__file__).resolve().parent.parent
 
@@ -45,38 +46,13 @@ REPORT = re.compile(r"\bnodes (\d+)\b")
 ANSWER_SECONDS = 30  # how long an engine may take to answer a command
 
 
-class Engine:
-    """A UCI engine in a process of its own."""
+class Engine(EngineProcess):
+    """A UCI engine, found where Debian may have put it."""
 
     def __init__(self, command, core):
         path = os.path.abspath(shutil.which(command[0], path=SEARCH_PATH))
         self.command = ([] if core is None else ["taskset", "-c", str(core)]) + [path] + command[1:]
-        # Where no settings lie about that name an opening book.
-        self.home = tempfile.TemporaryDirectory()
-        self.process = subprocess.Popen(self.command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=subprocess.DEVNULL, text=True, bufsize=1, cwd=self.home.name)
-        # A silent engine is ended, which ends the wait for its line too.
-        self.watchdog = threading.Timer(ANSWER_SECONDS, self.process.kill)
-        self.watchdog.start()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.watchdog.cancel()
-        try:
-            self.send("quit")
-            self.process.wait(5)
-        except (OSError, subprocess.TimeoutExpired):
-            self.process.kill()
-            self.process.wait()
-        self.process.stdin.close()
-        self.process.stdout.close()
-        self.home.cleanup()
-
-    def send(self, line):
-        self.process.stdin.write(line + "\n")
-        self.process.stdin.flush()
+        super().__init__(self.command, ANSWER_SECONDS)
 
     def lines_until(self, word):
         """Yields the engine's lines up to the first that begins with the word."""
