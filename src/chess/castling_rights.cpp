@@ -29,6 +29,16 @@ void grantRightOfRook(Position& p, int step, bool nearest) {
 }
 
 template <Color Us>
+bool isSoundRight(const Position& p, int right) {
+    using S = Side<Us>;
+    const int rook = p.state->castlings[right];
+    if (rook == noSquare) return true;
+    const int king = kingOf<Us>(p);
+    return onBoard(rook) && S::relativeRank(king) == 0 && rankOf(rook) == rankOf(king) &&
+           p.board[rook] == S::rook && (rook > king) == (right == S::shortRight);
+}
+
+template <Color Us>
 void grantCornerRights(Position& p) {
     using S = Side<Us>;
     if (kingOf<Us>(p) != S::square(E1)) return;
@@ -83,6 +93,11 @@ void deriveCastlings(Position& p, bool isChess960) {
     }
     grantCornerRights<White>(p);
     grantCornerRights<Black>(p);
+}
+
+bool areCastlingsSound(const Position& p) {
+    return isSoundRight<White>(p, whiteLong) && isSoundRight<White>(p, whiteShort) &&
+           isSoundRight<Black>(p, blackLong) && isSoundRight<Black>(p, blackShort);
 }
 
 std::string castlingField(const Position& p, bool isChess960) {

@@ -20,6 +20,9 @@ void readShredderCastlings(Position& position, std::string_view field);
 // otherwise the rooks in the corners beside a king on e1 or e8.
 void deriveCastlings(Position& position, bool isChess960);
 
+// Do the men bear out the rights of the current record: each a rook of the king's own home rank, on its side?
+bool areCastlingsSound(const Position& position);
+
 // The castling field of a FEN: rook files in Chess960, else the four usual letters.
 std::string castlingField(const Position& position, bool isChess960);
 

@@ -99,9 +99,8 @@ bool readPlacement(Position& p, std::string_view field) {
     return rank == 0 && file > 7;
 }
 
-// Kept only where a capture could be carried out: an empty field right behind an enemy pawn.
 template <Color Us>
-bool isEnPassantField(const Position& p, int field) {
+bool isEnPassantFieldOf(const Position& p, int field) {
     using S = Side<Us>;
     return onBoard(field) && S::relativeRank(field) == 5 && p.board[field] == empty &&
            p.board[field - S::up] == Side<S::Them>::pawn;
@@ -113,9 +112,7 @@ void readEnPassantField(Position& p, std::string_view field) {
     const int rank = field[1] - '1';
     if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
     const int square = makeSquare(file, rank);
-    const bool valid =
-        p.sideToMove == White ? isEnPassantField<White>(p, square) : isEnPassantField<Black>(p, square);
-    if (valid) p.state->epField = static_cast<u8>(square);
+    if (isEnPassantField(p, square)) p.state->epField = static_cast<u8>(square);
 }
 
 u8 readFiftyMoves(std::string_view field) {
@@ -169,6 +166,10 @@ std::string placementField(const Position& p) {
 }
 
 }  // namespace
+
+bool isEnPassantField(const Position& p, int field) {
+    return p.sideToMove == White ? isEnPassantFieldOf<White>(p, field) : isEnPassantFieldOf<Black>(p, field);
+}
 
 u8 codeOfLetter(char letter) {
     const auto index = static_cast<u8>(letter);

@@ -16,6 +16,10 @@ extern bool shredderFen;            // the protocol in use gives Chess960 castli
 // The man that a letter of a FEN stands for, upper case for White; offBoard if none.
 u8 codeOfLetter(char letter);
 
+// Could the side to move capture en passant there, had it a pawn in place: an empty field right behind an
+// enemy pawn?
+bool isEnPassantField(const Position& position, int field);
+
 // Sets gamePosition. False, with the old position kept, if the text is no position: bad placement, not
 // exactly one king a side, more men than the lists hold, or the side not to move in check.
 bool readFen(std::string_view text);

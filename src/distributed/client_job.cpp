@@ -7,8 +7,8 @@
 
 #include "chess/attacks.h"
 #include "chess/castling_rights.h"
+#include "chess/fen.h"
 #include "chess/position.h"
-#include "chess/side.h"
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
 #include "distributed/wire_protocol.h"
@@ -71,30 +71,12 @@ bool takeMen(std::string_view& text) {
     return gamePosition.whiteKing != noSquare && gamePosition.blackKing != noSquare;
 }
 
-// A right that the men do not bear out would let the board castle with a rook that is not there.
-template <Color Us>
-bool isSoundRight(const Position& p, int right, bool isShort) {
-    const int rook = p.state->castlings[right];
-    if (rook == noSquare) return true;
-    const int king = kingOf<Us>(p);
-    return onBoard(rook) && Side<Us>::relativeRank(king) == 0 && rankOf(rook) == rankOf(king) &&
-           p.board[rook] == Side<Us>::rook && (rook > king) == isShort;
-}
-
-template <Color Us>
-bool isSoundEpField(const Position& p) {
-    const int field = p.state->epField;
-    if (field == noEpField) return true;
-    return onBoard(field) && Side<Us>::relativeRank(field) == 5 && p.board[field] == empty &&
-           p.board[field - Side<Us>::up] == Side<~Us>::pawn;
-}
-
+// Rights that the men do not bear out would let the board castle with a rook, or capture a pawn, that is not
+// there.
 bool isSound(const Position& p) {
     if (p.whiteKing == noSquare || p.blackKing == noSquare || leftKingInCheck(p)) return false;
-    const bool rights = isSoundRight<White>(p, whiteLong, false) &&
-                        isSoundRight<White>(p, whiteShort, true) &&
-                        isSoundRight<Black>(p, blackLong, false) && isSoundRight<Black>(p, blackShort, true);
-    return rights && (p.sideToMove == White ? isSoundEpField<White>(p) : isSoundEpField<Black>(p));
+    const int epField = p.state->epField;
+    return areCastlingsSound(p) && (epField == noEpField || isEnPassantField(p, epField));
 }
 
 // Nodes look at the record before the root of a job, so there has to be one.
