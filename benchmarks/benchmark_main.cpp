@@ -59,6 +59,7 @@ void startEngine() {
     searchPorts = {
         .observer = &observer,
         .prepareSearches = prepareSearches,
+        .prepareAhead = [] { rootSearchProcess->prepareAhead(); },
         .splitRootSearch = splitRootSearch,
         .splitSearch = splitSearch,
         .tryBookMove = [] { return false; },

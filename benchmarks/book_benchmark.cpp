@@ -8,6 +8,8 @@
 #include <string>
 
 #include "benchmark_engine.h"
+#include "book/book_file.h"
+#include "book/book_settings.h"
 #include "book/pgn_reader.h"
 #include "chess/attacks.h"
 #include "chess/fen.h"
@@ -188,6 +190,40 @@ void walkPgn(benchmark::State& state) {
     countOperations(state, static_cast<double>(shown));
 }
 BENCHMARK(walkPgn)->Arg(databaseStyle)->Arg(engineStyle)->Unit(benchmark::kMillisecond);
+
+void appendNumber(std::string& bytes, u32 number, int length) {
+    for (int i = 0; i < length; ++i) bytes += static_cast<char>(number >> 8 * i);
+}
+
+// A book of a million positions with one move each, in all buckets or in one.
+std::string largeBook(u32 buckets) {
+    constexpr u32 positions = 1'000'000;
+    std::mt19937 random(1);
+    std::string bytes;
+    for (u32 bucket = 0; bucket < buckets; ++bucket) {
+        if (bucket) bytes.back() = '\xC9';
+        appendNumber(bytes, bucket, 2);
+        for (u32 i = bucket; i < positions; i += buckets) {
+            appendNumber(bytes, static_cast<u32>(random()), 4);
+            bytes += std::string("\x14\x34\0b\xC8", 5);
+        }
+    }
+    bytes.back() = '\xCA';
+    return bytes;
+}
+
+// Once for each size: a process reads its book once, and what it has read stays.
+void readBook(benchmark::State& state) {
+    const std::string name = "valku_benchmark_" + std::to_string(std::random_device{}()) + ".book";
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / name;
+    const std::string bytes = largeBook(static_cast<u32>(state.range(0)));
+    std::ofstream(path, std::ios::binary) << bytes;
+    bookFile = path.string();
+    for (auto _ : state) loadBook();
+    std::filesystem::remove(path);
+    state.SetBytesProcessed(static_cast<i64>(bytes.size()));
+}
+BENCHMARK(readBook)->Arg(65536)->Arg(1)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -18,14 +18,14 @@ ROOT = Path(__file__).resolve().parent.parent
 PARAMETERS = ROOT / "src/protocol/parameters.cpp"
 
 # What the README says of a check in the table.
-CHECKS = {"any": "always", "positive": "above 0, else 0", "nonNegative": "0 or more", "nonZero": "not 0",
-          "text": "text", "peer": "host:port, port above 0"}
+CHECKS = {"any": "always", "positive": "above 0", "positiveOrNone": "above 0, else 0", "nonNegative": "0 or more",
+          "nonZero": "not 0", "text": "text", "peer": "host:port, port above 0"}
 
 UNREAD = "stored; nothing reads it"
 TO_COME = "(to come)"
 
 # Settings without a variable of their own.
-DEFAULTS_WITHOUT_VARIABLE = {"remoteClient": "none", "listenAddress": "none", "writeLogFile": "0"}
+DEFAULTS_WITHOUT_VARIABLE = {"remoteClient": "none", "listenAddress": "none", "acceptFrom": "none", "writeLogFile": "0"}
 
 
 def readme_table(first_column):

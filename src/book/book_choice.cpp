@@ -29,18 +29,18 @@ i64 randomBelow(i64 sum) {
 }
 
 // Null if the weights leave nothing to pick from.
-const BookMove* pickMove(const BookPosition& position) {
+const BookMove* pickMove(const std::vector<BookMove>& moves) {
     u8 best = worstBookValue + 1;
-    for (const BookMove& move : position.moves) best = std::min(best, move.value);
+    for (const BookMove& move : moves) best = std::min(best, move.value);
     const auto weightOf = [&](const BookMove& move) -> i64 {
         return BestBookMovesOnly && move.value != best ? 0 : bookWeights[move.value];
     };
 
     i64 sum = 0;
-    for (const BookMove& move : position.moves) sum += weightOf(move);
+    for (const BookMove& move : moves) sum += weightOf(move);
     if (sum <= 0) return nullptr;
     i64 pick = randomBelow(sum) + 1;
-    for (const BookMove& move : position.moves) {
+    for (const BookMove& move : moves) {
         pick -= weightOf(move);
         if (pick <= 0) return &move;
     }
@@ -62,10 +62,8 @@ void seedBookChoice(u64 seed) {
 
 bool tryBookMove() {
     if (analyzing) return false;
-    const BookPosition* position =
-        findBookPosition(gamePosition.state->hashHigh, gamePosition.state->hashLow);
-    if (!position) return false;
-    const BookMove* picked = pickMove(*position);
+    const std::vector<BookMove> moves = bookMoves(gamePosition.state->hashHigh, gamePosition.state->hashLow);
+    const BookMove* picked = pickMove(moves);
     if (!picked) return false;
     // Another position with the same 48 bits may have given an impossible move.
     const Move move = withPromotion(findLegalMove(picked->from, picked->to, gamePosition), picked->promotion);

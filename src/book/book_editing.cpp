@@ -68,12 +68,11 @@ const char* removeMove(std::string_view text) {
     if (const char* error =
             readMoveOfMover(text, "error in receivedRMMove: coordinates out of range!\n", move))
         return error;
-    const i32 movesBefore = openingBook.moveCount;
+    const i32 movesBefore = bookSize.moves;
     const StateRecord& state = *gamePosition.state;
     removeBookMove(state.hashHigh, state.hashLow, static_cast<u8>(move.from), static_cast<u8>(move.to),
                    move.promotion);
-    return openingBook.moveCount < movesBefore ? nullptr
-                                               : "error in receivedRMMove: move not found in book!\n";
+    return bookSize.moves < movesBefore ? nullptr : "error in receivedRMMove: move not found in book!\n";
 }
 
 }  // namespace

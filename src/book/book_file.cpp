@@ -1,13 +1,15 @@
 #include "book/book_file.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <array>
+#include <filesystem>
 #include <fstream>
-#include <string_view>
+#include <string>
 
 #include "book/book_settings.h"
-#include "book/file_text.h"
 #include "book/opening_book.h"
 #include "chess/types.h"
+#include "platform/file_replacement.h"
 #include "search/format_text.h"
 #include "search/output.h"
 #include "search/process_state.h"
@@ -26,26 +28,46 @@ constexpr u8 firstByteBehindSquares = 0x78;
 // The bytes of a book file, one after the other; behind the last one comes endOfBook, and `ended` tells.
 class BookBytes {
   public:
-    explicit BookBytes(std::string_view fileText) : bytes(fileText) {}
-
-    u8 next() {
-        if (position >= bytes.size()) {
-            ended = true;
-            return endOfBook;
-        }
-        return static_cast<u8>(bytes[position++]);
+    explicit BookBytes(const std::string& path) {
+        // A pipe or a device might never end.
+        std::error_code error;
+        if (std::filesystem::is_regular_file(path, error)) file.open(path, std::ios::binary | std::ios::ate);
     }
 
-    u32 nextNumber(int size) {
+    bool isOpen() const { return file.is_open(); }
+
+    // Of the whole file. To be asked before the first byte.
+    std::size_t length() {
+        const std::streamoff end = file.tellg();
+        file.seekg(0);
+        return end > 0 ? static_cast<std::size_t>(end) : 0;
+    }
+
+    u8 next() {
+        if (position == size && !refill()) return endOfBook;
+        return static_cast<u8>(block[position++]);
+    }
+
+    u32 nextNumber(int length) {
         u32 number = 0;
-        for (int i = 0; i < size; ++i) number |= static_cast<u32>(next()) << 8 * i;
+        for (int i = 0; i < length; ++i) number |= static_cast<u32>(next()) << 8 * i;
         return number;
     }
 
     bool ended = false;
 
   private:
-    std::string_view bytes;
+    bool refill() {
+        file.read(block.data(), static_cast<std::streamsize>(block.size()));
+        size = static_cast<std::size_t>(file.gcount());
+        position = 0;
+        ended = size == 0;
+        return !ended;
+    }
+
+    std::ifstream file;
+    std::array<char, 65536> block;
+    std::size_t size = 0;
     std::size_t position = 0;
 };
 
@@ -95,68 +117,72 @@ void readBook(BookBytes& bytes) {
     }
 }
 
-void appendNumber(std::string& bytes, u32 number, int size) {
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i & 0xFF);
-}
+// Each position's end mark depends on what follows, so it is written with that.
+class BookWriter {
+  public:
+    explicit BookWriter(FileReplacement& replacement) : file(replacement) {}
 
-std::string bookBytes() {
-    std::string bytes;
-    for (u32 number = 0; number < OpeningBook::bucketCount; ++number) {
-        const std::vector<BookPosition>& bucket = openingBook.buckets[number];
-        if (bucket.empty()) continue;
-        if (!bytes.empty()) bytes.back() = static_cast<char>(bucketFollows);
-        appendNumber(bytes, number, 2);
-        for (const BookPosition& position : bucket) {
-            appendNumber(bytes, position.hashHigh, 4);
-            for (const BookMove& move : position.moves) {
-                for (const u8 byte : {move.from, move.to, move.promotion, move.value})
-                    bytes += static_cast<char>(byte);
-            }
-            bytes += static_cast<char>(positionFollows);
+    void write(const BookPosition& position) {
+        const bool sameBucket = bucket == position.bucket;
+        if (bucket != none) put(sameBucket ? positionFollows : bucketFollows);
+        bucket = position.bucket;
+        if (!sameBucket) putNumber(position.bucket, 2);
+        putNumber(position.hashHigh, 4);
+        for (const BookMove& move : position.moves) {
+            for (const u8 byte : {move.from, move.to, move.promotion, move.value}) put(byte);
         }
+        file.write(bytes);
+        bytes.clear();
     }
-    if (!bytes.empty()) bytes.back() = static_cast<char>(endOfBook);
-    return bytes;
-}
+
+    void end() { file.write(std::string(1, static_cast<char>(endOfBook))); }
+
+  private:
+    void put(u8 byte) { bytes += static_cast<char>(byte); }
+    void putNumber(u32 number, int length) {
+        for (int i = 0; i < length; ++i) put(static_cast<u8>(number >> 8 * i));
+    }
+
+    static constexpr i32 none = -1;
+
+    FileReplacement& file;
+    i32 bucket = none;
+    std::string bytes;
+};
 
 }  // namespace
 
 void loadBook() {
-    const FileText file(bookFile);
-    if (!file.isOpen()) {
-        if (processRole == roleRoot) sendText("No opening book found...\n");
+    BookBytes bytes(bookFile);
+    if (!bytes.isOpen()) {
+        sendText("No opening book found...\n");
         return;
     }
-    BookBytes bytes(file.text());
+    constexpr std::size_t leastPosition = 9;       // its key, a move and the mark
+    constexpr std::size_t mostExpected = 1 << 24;  // a file of any length need not be a book
+    expectBookPositions(std::min(bytes.length() / leastPosition, mostExpected));
     readBook(bytes);
     if (protocolMode == protocolConsole) {
-        sendText(formatText("Book contains %i positions with %i moves.\n", openingBook.positionCount,
-                            openingBook.moveCount));
+        sendText(
+            formatText("Book contains %i positions with %i moves.\n", bookSize.positions, bookSize.moves));
     }
 }
 
 void saveBook(const std::string& path) {
     sendText("Writing opening-book...\n");
-    const std::string bytes = bookBytes();
-    if (bytes.empty()) {
+    if (bookSize.moves == 0) {
         sendText("...error: no opening-moves to write!\n");
         return;
     }
-    const std::string unfinished = path + ".new";
-    std::ofstream file;
-    if (!path.empty()) file.open(unfinished, std::ios::binary);
-    if (!file.is_open()) {
+    FileReplacement file(path);
+    if (!file.isOpen()) {
         sendText("Couldn´t open book-file!\n");
         return;
     }
-    file << bytes;
-    file.close();
-    if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        std::remove(unfinished.c_str());
-        sendText("...error: the book could not be written!\n");
-        return;
-    }
-    sendText("...done!\n");
+    BookWriter writer(file);
+    forEachBookPosition([&](const BookPosition& position) { writer.write(position); });
+    writer.end();
+    sendText(file.putInPlace() ? "...done!\n" : "...error: the book could not be written!\n");
 }
 
 }  // namespace valku

@@ -9,10 +9,10 @@
 namespace valku {
 
 // Adds the file named by bookFile to the book in memory. A damaged file is told and what could be read is
-// kept.
+// kept. Only the process that is asked for moves needs a book.
 void loadBook();
 
-// Writes the book beside `path` and then puts it in its place, so that a failure leaves the old file whole.
+// A failure leaves the old file whole.
 void saveBook(const std::string& path);
 
 }  // namespace valku

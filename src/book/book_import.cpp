@@ -14,6 +14,7 @@
 #include "chess/fen.h"
 #include "chess/number_text.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 
 namespace valku {
@@ -170,14 +171,15 @@ bool importTextBook(const std::string& path) {
         sendText("Error: file does not exist!\n");
         return true;
     }
-    sendText(formatText("Current book contains %i positions with %i moves.\n", openingBook.positionCount,
-                        openingBook.moveCount));
+    sendText(formatText("Current book contains %i positions with %i moves.\n", bookSize.positions,
+                        bookSize.moves));
     const std::optional<TextImport> import = askTextImport();
     if (!import) {
         tellEndOfInput();
         return true;
     }
     sendText("Importing opening book...\n");
+    const LongCommand longCommand;
     const BookGrowth growth;
     std::ifstream text(path);
     const bool complete = readTextBook(text, import->values, import->overwrite) == TextBookEnd::complete;
@@ -201,6 +203,7 @@ bool importPgnBook(const std::string& path, void (*beginGames)()) {
         return false;
     }
     beginGames();
+    const LongCommand longCommand;
     return walkPgnFile(
         path, [&](const PgnPly& ply) { addPgnMove(ply, *import); }, import->plyLimit);
 }

@@ -13,19 +13,19 @@ namespace valku {
 void showBookStats() {
     std::string text = "The book contains:\n";
     for (int i = 0; i < bookValues; ++i)
-        text += formatText("%7i moves with value %c\n", openingBook.movesByValue[i], bestBookValue + i);
+        text += formatText("%7i moves with value %c\n", bookSize.movesByValue[i], bestBookValue + i);
     sendText(text);
 }
 
 void showBookMoves() {
     const StateRecord& state = *gamePosition.state;
-    const BookPosition* position = findBookPosition(state.hashHigh, state.hashLow);
-    if (!position || pondering) {
+    const std::vector<BookMove> moves = bookMoves(state.hashHigh, state.hashLow);
+    if (moves.empty() || pondering) {
         sendText("No moves for this position in the opening book!\n");
         return;
     }
     std::string text = "The following moves are in the opening book:\n";
-    for (const BookMove& move : position->moves) {
+    for (const BookMove& move : moves) {
         text += formatText("%s - %s (value %c)\n", squareText(move.from).c_str(), squareText(move.to).c_str(),
                            move.value);
     }
@@ -33,14 +33,14 @@ void showBookMoves() {
 }
 
 void reportBookSize() {
-    sendText(formatText("Book contains %i positions and %i moves now.\n", openingBook.positionCount,
-                        openingBook.moveCount));
+    sendText(
+        formatText("Book contains %i positions and %i moves now.\n", bookSize.positions, bookSize.moves));
     showBookStats();
 }
 
 void BookGrowth::report() const {
-    sendText(formatText("...%i new positions, %i new moves.\n", openingBook.positionCount - positionsBefore,
-                        openingBook.moveCount - movesBefore));
+    sendText(formatText("...%i new positions, %i new moves.\n", bookSize.positions - positionsBefore,
+                        bookSize.moves - movesBefore));
     reportBookSize();
 }
 

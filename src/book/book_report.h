@@ -21,8 +21,8 @@ class BookGrowth {
     void report() const;
 
   private:
-    i32 positionsBefore = openingBook.positionCount;
-    i32 movesBefore = openingBook.moveCount;
+    i32 positionsBefore = bookSize.positions;
+    i32 movesBefore = bookSize.moves;
 };
 
 }  // namespace valku

@@ -16,7 +16,7 @@ constexpr BookWeight standardWeights[] = {{'a', 900}, {'b', 400}, {'c', 100}, {'
 
 std::string bookFile = "<empty>";
 i32 bookWeights[256];
-bool BestBookMovesOnly = true;
+SharedFlag BestBookMovesOnly{true};
 
 void initBookWeights() {
     for (const BookWeight& row : standardWeights) bookWeights[row.value] = row.weight;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "chess/position.h"
@@ -26,28 +27,35 @@ struct BookMove {
     u8 value;      // a letter, 'a' the best
 };
 
-// The order of the moves is that of their coming; it is part of the pick and of the file.
-struct BookPosition {
-    u32 hashHigh;
-    std::vector<BookMove> moves;
-};
-
 // What becomes of a move that is in the book already.
 enum class Overwrite { keep = 0, always = 1, ifBetter = 2, ifWorse = 3 };
 
-struct OpeningBook {
-    static constexpr int bucketCount = 65536;
-
-    i32 positionCount = 0;
-    i32 moveCount = 0;
+// How much is in the book. Written with it.
+struct BookSize {
+    i32 positions = 0;
+    i32 moves = 0;
     i32 movesByValue[bookValues] = {};
-    std::vector<BookPosition> buckets[bucketCount];  // by the low 16 bits of hashLow
 };
 
-extern OpeningBook openingBook;
+extern BookSize bookSize;
 
-// The position's moves, or null.
-const BookPosition* findBookPosition(u32 hashHigh, u32 hashLow);
+// The moves of a position in the order of their coming, which is part of the pick. None if the position is
+// not in the book.
+std::vector<BookMove> bookMoves(u32 hashHigh, u32 hashLow);
+
+// A position of the book with its moves, as long as the visit lasts.
+struct BookPosition {
+    u16 bucket;  // the low 16 bits of hashLow
+    u32 hashHigh;
+    const std::vector<BookMove>& moves;
+};
+
+// Shows every position in the order of the file: by their buckets, those of a bucket in the order of their
+// coming.
+void forEachBookPosition(const std::function<void(const BookPosition&)>& visit);
+
+// Makes ready for about so many new positions. They come faster then, above all in the order of the buckets.
+void expectBookPositions(std::size_t count);
 
 // `value` must be a letter of the book.
 void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char value, Overwrite overwrite);

@@ -8,6 +8,7 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/pgn_move.h"
+#include "search/long_command.h"
 #include "search/output.h"
 
 namespace valku {
@@ -84,7 +85,9 @@ class PgnText {
         bool anything = false;
         while (at_ != end_) {
             const char c = *at_;
-            if (isOf(c, letter)) {
+            if (quoted_ && !standsOutInQuotes(c)) {
+                ++at_;
+            } else if (isOf(c, letter)) {
                 readMove(game);
                 anything = true;
             } else if (isOf(c, digit)) {
@@ -93,11 +96,17 @@ class PgnText {
                 endGame(game, PgnResult::unknown, take(at_ + 1));
                 return true;
             } else if (c == '[') {
-                if (game.plyCount != 0 && startsTagLine()) return true;
+                if (startsTagLine()) {
+                    if (game.plyCount != 0) return true;
+                    quoted_ = false;
+                }
                 readTag(game);
                 anything = true;
             } else if (startsComment()) {
                 addComment(readComment());
+            } else if (c == '"') {
+                quoted_ = !quoted_;
+                ++at_;
             } else if (!passOver()) {
                 // A word that begins with a sign goes whole, such as +/- and all that looks like a result in
                 // it.
@@ -117,6 +126,7 @@ class PgnText {
         game.resultText = {};
         game.result = PgnResult::none;
         lastPly_ = nullptr;
+        quoted_ = false;
     }
 
     // The text up to there, which is left behind.
@@ -142,7 +152,11 @@ class PgnText {
     bool startsTagLine() const {
         return *at_ == '[' && startsLine() && at_ + 1 != end_ && isOf(at_[1], letter);
     }
-    bool startsComment() const { return *at_ == '{' || *at_ == ';'; }
+    bool startsComment() const { return *at_ == '{' || (*at_ == ';' && !quoted_); }
+
+    // No move or result is read in a quotation, but what may hold others' quotation marks is passed over as
+    // everywhere, and a line of a tag ends a quotation that was never closed.
+    static bool standsOutInQuotes(char c) { return c == '"' || c == '{' || c == '(' || c == '[' || c == '%'; }
 
     std::string_view readComment() {
         const bool toLineEnd = *at_++ == ';';
@@ -177,7 +191,9 @@ class PgnText {
                 continue;
             }
             const char c = *at_++;
-            if (c == '(') {
+            if (c == '"') {
+                quoted_ = !quoted_;
+            } else if (c == '(') {
                 ++depth;
             } else if (c == ')' && --depth == 0) {
                 return true;
@@ -286,6 +302,7 @@ class PgnText {
     const char* const begin_;
     const char* const end_;
     const char* at_;
+    bool quoted_ = false;              // a quotation mark in the game is still open
     PgnGame::Ply* lastPly_ = nullptr;  // of which comments are; null before the first move
 };
 
@@ -331,7 +348,7 @@ bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimi
     PgnGame game;
     i64 games = 0;
     bool first = true;
-    while (text.readGame(game)) {
+    while (!commandStopped() && text.readGame(game)) {
         if (setStart(game) && walkGame(game, perMove, plyLimit, first) > 0) first = false;
         if (++games % 1000 == 0) tellProgress(games);
     }

@@ -7,6 +7,7 @@
 #include "chess/game.h"
 #include "chess/move_text.h"
 #include "chess/number_text.h"
+#include "search/long_command.h"
 
 namespace valku {
 
@@ -103,7 +104,7 @@ TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite o
 }  // namespace
 
 TextBookEnd readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite) {
-    for (std::string line; std::getline(text, line);) {
+    for (std::string line; !commandStopped() && std::getline(text, line);) {
         Branch branch(line);
         if (readBranch(branch, values, overwrite) == TextBookEnd::wrongPromotion)
             return TextBookEnd::wrongPromotion;

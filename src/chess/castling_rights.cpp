@@ -38,12 +38,11 @@ bool isSoundRight(const Position& p, int right) {
            p.board[rook] == S::rook && (rook > king) == (right == S::shortRight);
 }
 
+// The right for the rook on a corner, beside a king on e1 or e8.
 template <Color Us>
-void grantCornerRights(Position& p) {
+void grantCornerRight(Position& p, Square corner) {
     using S = Side<Us>;
-    if (kingOf<Us>(p) != S::square(E1)) return;
-    grantRight<Us>(p, S::square(A1));
-    grantRight<Us>(p, S::square(H1));
+    if (kingOf<Us>(p) == S::square(E1)) grantRight<Us>(p, S::square(corner));
 }
 
 }  // namespace
@@ -52,16 +51,16 @@ void readNormalCastlings(Position& p, std::string_view field) {
     for (const char c : field) {
         switch (c) {
             case 'K':
-                grantRight<White>(p, H1);
+                grantCornerRight<White>(p, H1);
                 break;
             case 'Q':
-                grantRight<White>(p, A1);
+                grantCornerRight<White>(p, A1);
                 break;
             case 'k':
-                grantRight<Black>(p, H8);
+                grantCornerRight<Black>(p, H1);
                 break;
             case 'q':
-                grantRight<Black>(p, A8);
+                grantCornerRight<Black>(p, A1);
                 break;
             default:
                 break;
@@ -91,8 +90,10 @@ void deriveCastlings(Position& p, bool isChess960) {
         }
         return;
     }
-    grantCornerRights<White>(p);
-    grantCornerRights<Black>(p);
+    for (const Square corner : {A1, H1}) {
+        grantCornerRight<White>(p, corner);
+        grantCornerRight<Black>(p, corner);
+    }
 }
 
 bool areCastlingsSound(const Position& p) {

@@ -10,7 +10,8 @@
 
 namespace valku {
 
-// The castling field of an ordinary FEN: K, Q, k and q.
+// The castling field of an ordinary FEN: K, Q, k and q, for the rooks in the corners beside a king on e1 or
+// e8.
 void readNormalCastlings(Position& position, std::string_view field);
 
 // Rook files as letters; the four usual letters stand for the outermost rooks.

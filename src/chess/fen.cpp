@@ -56,7 +56,7 @@ constexpr bool isWhiteSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// The fields of a FEN; what the text lacks is empty.
+// The fields of a FEN; what the text lacks is empty and counts as "-".
 struct Fields {
     std::string_view placement, side, castling, enPassant, fiftyMoves;
 
@@ -67,7 +67,7 @@ struct Fields {
           enPassant(take(text)),
           fiftyMoves(take(text)) {}
 
-    bool areComplete() const { return !enPassant.empty(); }
+    bool areEnough() const { return !side.empty(); }
 
   private:
     static std::string_view take(std::string_view& text) {
@@ -125,7 +125,7 @@ u8 readFiftyMoves(std::string_view field) {
 // The men and the side to move. False if the placement is bad or a king is missing.
 bool setUpMen(Position& p, const Fields& fields) {
     clearPosition(p);
-    if (!fields.areComplete() || !readPlacement(p, fields.placement)) return false;
+    if (!fields.areEnough() || !readPlacement(p, fields.placement)) return false;
     p.sideToMove = fields.side.front() == 'w' ? White : Black;
     return p.whiteKing != noSquare && p.blackKing != noSquare;
 }

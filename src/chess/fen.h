@@ -20,8 +20,9 @@ u8 codeOfLetter(char letter);
 // enemy pawn?
 bool isEnPassantField(const Position& position, int field);
 
-// Sets gamePosition. False, with the old position kept, if the text is no position: bad placement, not
-// exactly one king a side, more men than the lists hold, or the side not to move in check.
+// Sets gamePosition. The fields after the side to move may be missing. False, with the old position kept, if
+// the text is no position: bad placement, no side to move, not exactly one king a side, more men than the
+// lists hold, or the side not to move in check.
 bool readFen(std::string_view text);
 
 // Puts the men, their counts and the attack filters of a FEN into `position`, at a fraction of the cost: no

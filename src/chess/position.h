@@ -61,7 +61,7 @@ struct Position {
     PaddedSquares<i8> whitePawnAttacks, blackPawnAttacks;  // number of pawns that attack a square
     u8 sideToMove;                                         // a Color
     StateRecord states[stateStackSize];
-    StateRecord* state;  // the record of the current position
+    StateRecord* state = states;  // the record of the current position
 
     Position() = default;
     // Copies point into their own stack, at the same record index as the source.

@@ -24,10 +24,14 @@ namespace {
 
 ClientAlphaBetaThread* clientThread = nullptr;
 
+// What the lines of a job have told so far, and whether one of them told what no position can be. Written by
+// the thread that reads the commands. Nobody but startJob believes it.
+Position told;
+bool malformed = false;
+
 // The longest history that leaves the stack room for a search.
 constexpr int mostHistory = 300;
 
-constexpr i32 deepestJob = 253;  // quarter plies; deeper ones have no place in the hash table
 constexpr i32 widestBound = 32000;
 
 // What stands before the root of a job is not told. It counts as an ordinary move of no consequence: the
@@ -53,7 +57,7 @@ bool takeGroup(std::string_view& text, u8 man) {
         if (square < 0 || square > lastSquare || !onBoard(square)) return false;
         const bool isLastRank = rankOf(square) == 0 || rankOf(square) == 7;
         if ((man & pawnFlag) && isLastRank) return false;
-        if (gamePosition.board[square] != empty || !placeMan(gamePosition, man, square)) return false;
+        if (told.board[square] != empty || !placeMan(told, man, square)) return false;
         if (!text.empty() && text.front() == ' ') text.remove_prefix(1);
     }
     return true;
@@ -68,7 +72,16 @@ bool takeMen(std::string_view& text) {
         if (text.empty() || text.front() != ':') return false;
         text.remove_prefix(1);
     }
-    return gamePosition.whiteKing != noSquare && gamePosition.blackKing != noSquare;
+    return true;
+}
+
+void takeByte(std::string_view& text, u8& byte) {
+    const i32 number = takeNumber(text);
+    if (number < 0 || number > std::numeric_limits<u8>::max()) {
+        malformed = true;
+    } else {
+        byte = static_cast<u8>(number);
+    }
 }
 
 // Rights that the men do not bear out would let the board castle with a rook, or capture a pawn, that is not
@@ -89,6 +102,14 @@ void addRecordBefore(Position& p) {
     p.state[-1].move = unknownMove(p);
 }
 
+// Stops a running job and waits for its end.
+void finishJob() {
+    while (searchRunning) {
+        rootSearchProcess->requestStop();
+        sleepMilliseconds(1);
+    }
+}
+
 }  // namespace
 
 void ClientAlphaBetaThread::run() {
@@ -106,59 +127,60 @@ void ClientAlphaBetaThread::run() {
 }
 
 void createClientThread() {
+    told = gamePosition;
     static ClientAlphaBetaThread thread;
     clientThread = &thread;
 }
 
 void receivePosition(std::string_view list) {
     if (!clientThread) return;
-    clearPosition(gamePosition);
-    // With a king missing no job will be made of it.
-    if (!takeMen(list)) {
-        clearPosition(gamePosition);
-        return;
-    }
-    gamePosition.sideToMove = list.starts_with('w') ? White : Black;
-    computeDerived(gamePosition);
+    clearPosition(told);
+    malformed = !takeMen(list) || !(list.starts_with('w') || list.starts_with('b'));
+    if (malformed) return;
+    told.sideToMove = list.starts_with('w') ? White : Black;
+    computeDerived(told);
 }
 
 void receiveCastlings(std::string_view squares) {
     if (!clientThread) return;
-    for (u8& square : gamePosition.state->castlings) square = static_cast<u8>(takeNumber(squares));
+    for (u8& square : told.state->castlings) takeByte(squares, square);
 }
 
 void receiveEpField(std::string_view square) {
-    if (clientThread) gamePosition.state->epField = static_cast<u8>(takeNumber(square));
+    if (clientThread) takeByte(square, told.state->epField);
 }
 
 void receiveFiftyMoves(std::string_view count) {
-    if (clientThread) gamePosition.state->fiftyMoves = static_cast<u8>(takeNumber(count));
+    if (clientThread) takeByte(count, told.state->fiftyMoves);
 }
 
 void receiveKey(std::string_view halves) {
     if (!clientThread) return;
-    gamePosition.state->hashLow = static_cast<u32>(takeNumber(halves));
-    gamePosition.state->hashHigh = static_cast<u32>(takeNumber(halves));
+    told.state->hashLow = static_cast<u32>(takeNumber(halves));
+    told.state->hashHigh = static_cast<u32>(takeNumber(halves));
 }
 
 void receiveHistory(std::string_view pairs) {
     if (!clientThread) return;
-    const StateRecord current = *gamePosition.state;
-    gamePosition.state = gamePosition.states;
-    for (int count = 0; count < mostHistory; ++count) {
+    const StateRecord current = *told.state;
+    told.state = told.states;
+    for (int count = 0;; ++count) {
         pairs.remove_prefix(std::min(pairs.find_first_not_of(' '), pairs.size()));
         if (pairs.empty() || pairs.front() == ';') break;
-        gamePosition.state->hashLow = static_cast<u32>(takeNumber(pairs));
-        gamePosition.state->hashHigh = static_cast<u32>(takeNumber(pairs));
-        ++gamePosition.state;
+        malformed = malformed || count == mostHistory;
+        if (malformed) break;
+        told.state->hashLow = static_cast<u32>(takeNumber(pairs));
+        told.state->hashHigh = static_cast<u32>(takeNumber(pairs));
+        ++told.state;
     }
-    *gamePosition.state = current;
+    *told.state = current;
 }
 
 void startJob(std::string_view numbers) {
     if (!clientThread) return;
     finishJob();
-    if (!isSound(gamePosition)) return;
+    if (malformed || !isSound(told)) return;
+    gamePosition = told;
     SearchJob job;
     takeNumber(numbers);  // the ply at the parent: the root of this process is at ply 1
     job.alpha = std::clamp(takeNumber(numbers), -widestBound, widestBound);
@@ -182,14 +204,6 @@ void prepareJobs() {
     if (!clientThread) return;
     finishJob();
     prepareSearches();
-}
-
-void finishJob() {
-    if (!clientThread) return;
-    while (searchRunning) {
-        rootSearchProcess->requestStop();
-        sleepMilliseconds(1);
-    }
 }
 
 }  // namespace valku

@@ -6,8 +6,9 @@
 #include "platform/thread.h"
 
 // The client's end of the wire: an engine whose commands come from a parent. A job arrives in several lines,
-// each of which works on what the ones before have left in gamePosition; the last one starts the search. In a
-// root process, which has no parent, all of this does nothing.
+// each of which works on what the ones before have left; the last one starts the search, and only there the
+// whole is judged, and becomes gamePosition if it can be. In a root process, which has no parent, all of this
+// does nothing.
 //
 // On the thread that reads the commands. The texts are what follows the word and one blank.
 
@@ -42,8 +43,5 @@ void stopJob();
 
 // The parent begins a new search: passed on to the clients of this process.
 void prepareJobs();
-
-// Stops a running job and waits for its end.
-void finishJob();
 
 }  // namespace valku

@@ -17,8 +17,7 @@ constexpr std::size_t longestPending = 65536;
 }  // namespace
 
 void AbstractClientSearchProcess::startThread() {
-    threadStarted = true;
-    start();
+    inError = !hasThread();
 }
 
 void AbstractClientSearchProcess::sendMessage(std::string_view text) {
@@ -48,8 +47,7 @@ void AbstractClientSearchProcess::quit() {
     jobEvent.signal();
 }
 
-void AbstractClientSearchProcess::awaitEnd() {
-    endConnection();
+void AbstractClientSearchProcess::awaitThread() {
     if (threadStarted) threadEnded.wait();
 }
 
@@ -70,7 +68,7 @@ void AbstractClientSearchProcess::run() {
 
 void AbstractClientSearchProcess::work() {
     // An answer that no job has asked for would be taken for the answer to this one.
-    const bool unasked = !pending.empty() || (hasData() && receive());
+    const bool unasked = !pending.empty() || (hasData() && receive() && !pending.empty());
     if (!unasked) sendMessage(composeJob(jobPosition, job));
     jobSent.signal();
 
@@ -101,7 +99,7 @@ void AbstractClientSearchProcess::fail(const std::string& response) {
 bool AbstractClientSearchProcess::receive() {
     const i32 count = readData();
     if (count > 0) pending.append(readBuffer.data(), static_cast<std::size_t>(count));
-    return count > 0;
+    return count >= 0;
 }
 
 bool AbstractClientSearchProcess::takeLine(std::string& line) {
@@ -114,6 +112,7 @@ bool AbstractClientSearchProcess::takeLine(std::string& line) {
 
 void AbstractClientSearchProcess::getNextMessage(std::string& line) {
     while (!takeLine(line)) {
+        checkPatience();
         if (pending.size() < longestPending && receive()) continue;
         inError = true;
         if (!leaving) {

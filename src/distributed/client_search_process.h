@@ -33,26 +33,36 @@ class AbstractClientSearchProcess : public AbstractSearchProcess {
     // Says quit to the client and lets the thread of the proxy end as soon as the client is silent.
     void quit() override;
 
-    // Behind `quit`: waits for the client's end, ends it the rough way if it takes too long, and waits for
-    // the thread. The proxy may then be destroyed.
-    void awaitEnd();
+    // Behind `quit`: is the client gone, or nothing that would have to be waited for?
+    virtual bool hasEnded() = 0;
+
+    // Ends the client the rough way if it has not ended by itself. readData soon sees the end.
+    virtual void cutOff() = 0;
+
+    // Behind `cutOff`, once: waits for the thread. The proxy may then be destroyed.
+    void awaitThread();
 
   protected:
-    // To be called as the last act of a constructor whose client is there.
+    // To be called as the last act of a constructor whose client is there; inError if there is no thread.
     void startThread();
 
     void sendMessage(std::string_view text);
 
-    // Waits for text and puts it into readBuffer. The number of bytes; 0 or less at the end or after a
-    // failure.
+    // Waits for text, readPatienceMs at the most, and puts it into readBuffer. The number of bytes, 0 if
+    // none came; negative at the end or after a failure.
     virtual i32 readData() = 0;
+
+    // A client that takes nothing for writePatienceMs is cut off.
     virtual void writeData(std::string_view text) = 0;
 
     // Would readData come back at once?
     virtual bool hasData() = 0;
 
-    // Behind the word quit: makes sure that readData soon sees the end.
-    virtual void endConnection() = 0;
+    // How often a silent client is thought of.
+    static constexpr int readPatienceMs = 100;
+
+    // A client that works has long taken what it was sent before; whoever writes holds up a search.
+    static constexpr int writePatienceMs = 250;
 
     std::array<char, 32768> readBuffer{};
 
@@ -73,7 +83,6 @@ class AbstractClientSearchProcess : public AbstractSearchProcess {
     SearchJob job;
     SharedFlag idle{false};
     SharedFlag leaving{false};
-    bool threadStarted = false;
     std::string pending;  // received, and not yet taken as a line
 };
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/clock.h"
-
 namespace valku {
 
 LocalClientSearchProcess::LocalClientSearchProcess(const std::string& programPath,
@@ -15,9 +13,10 @@ LocalClientSearchProcess::LocalClientSearchProcess(const std::string& programPat
 
 // A child that has ended gives an empty line, which is no answer.
 i32 LocalClientSearchProcess::readData() {
-    constexpr int forEver = -1;
     std::string text;
-    if (child.readSome(text, forEver) != ChildProcess::Output::some) {
+    const ChildProcess::Output output = child.readSome(text, readPatienceMs);
+    if (output == ChildProcess::Output::none) return 0;
+    if (output == ChildProcess::Output::ended) {
         child.hasEnded();  // the system may forget it
         readBuffer[0] = '\n';
         return 1;
@@ -26,9 +25,11 @@ i32 LocalClientSearchProcess::readData() {
     return static_cast<i32>(text.size());
 }
 
-void LocalClientSearchProcess::endConnection() {
-    constexpr int patienceMs = 1000;
-    for (int waited = 0; !child.hasEnded() && waited < patienceMs; ++waited) sleepMilliseconds(1);
+void LocalClientSearchProcess::writeData(std::string_view text) {
+    if (!child.write(text, writePatienceMs)) child.terminate();
+}
+
+void LocalClientSearchProcess::cutOff() {
     child.terminate();
     child.wait();
 }

@@ -15,12 +15,13 @@ class LocalClientSearchProcess final : public AbstractClientSearchProcess {
     LocalClientSearchProcess(const std::string& programPath, const std::vector<std::string>& arguments);
 
     std::string name() const override { return "localClient"; }
+    bool hasEnded() override { return child.hasEnded(); }
+    void cutOff() override;
 
   protected:
     i32 readData() override;
-    void writeData(std::string_view text) override { child.write(text); }
+    void writeData(std::string_view text) override;
     bool hasData() override { return child.hasOutput(); }
-    void endConnection() override;
 
   private:
     ChildProcess child;

@@ -1,7 +1,13 @@
 #include "distributed/peer_socket.h"
 
+#include <optional>
+#include <vector>
+
+#include "distributed/caller_rule.h"
 #include "distributed/diagnostics.h"
+#include "platform/clock.h"
 #include "search/output.h"
+#include "search/process_state.h"
 
 namespace valku {
 
@@ -11,7 +17,10 @@ namespace {
 
 constexpr const char* startFailure = "Fehler: startWinsock, Fehlercode: ";
 constexpr const char* createFailure = "Fehler: Der Socket konnte nicht erstellt werden!";
+constexpr const char* keepAliveFailure = "Couldn't setsockopt(SO_KEEPALIVE)";
 constexpr const char* noDelayFailure = "Couldn't setsockopt(TCP_NODELAY)";
+
+std::vector<Network> furtherNetworks;  // written while the settings are read
 
 int refuse(const std::string& text) {
     appendDiagnostic(startErrors, text);
@@ -22,7 +31,37 @@ int refuse(const char* text, int error) {
     return refuse(std::string(text) + "Fehlercode: " + std::to_string(error));
 }
 
+// Told once: a stranger may call again and again.
+void tellOfStranger(const std::string& address) {
+    static bool told = false;
+    if (!told) textSink->status("Refused a caller from " + address + ", who is not in acceptFrom\n");
+    told = true;
+}
+
+// A caller whose machine has lost its power or its cable does not hang up.
+void watchForSilence(Socket& connection) {
+    if (connection.setKeepAlive(30, 10, 3)) appendDiagnostic(startErrors, keepAliveFailure);
+}
+
+int acceptCaller(Socket& listener, Socket& connection) {
+    for (;;) {
+        if (const int error = listener.accept(connection)) return error;
+        const std::string address = connection.remoteAddress();
+        if (mayCall(address, furtherNetworks)) return 0;
+        connection.close();
+        tellOfStranger(address);
+    }
+}
+
 }  // namespace
+
+void acceptFrom(std::string_view networks) {
+    if (const std::optional<std::vector<Network>> named = parseNetworks(networks)) {
+        furtherNetworks.insert(furtherNetworks.end(), named->begin(), named->end());
+    } else if (rolePort != 0) {
+        textSink->status("Cannot read acceptFrom=" + std::string(networks) + ", which lets nobody in\n");
+    }
+}
 
 bool isListenAddressUsable() {
     Socket probe;
@@ -70,10 +109,19 @@ int listenAndAccept(Socket& listener, Socket& connection, u16 port) {
     textSink->status("Socket an port " + std::to_string(port) + " gebunden\n");
     if (const int error = listener.listen(backlog)) return refuse("Fehler: listen", error);
     textSink->status("acceptSocket ist im listen Modus....\n");
-    if (const int error = listener.accept(connection)) return refuse("Fehler: accept", error);
+    if (const int error = acceptCaller(listener, connection)) return refuse("Fehler: accept", error);
     if (connection.setNoDelay()) return refuse(noDelayFailure);
+    watchForSilence(connection);
     textSink->status("Neue Verbindung wurde akzeptiert!\n");
     return 0;
+}
+
+void refuseCallers(Socket& listener) {
+    constexpr u32 pauseMs = 100;  // for a system that is short of something
+    for (;;) {
+        Socket caller;
+        if (listener.accept(caller) != 0) sleepMilliseconds(pauseMs);
+    }
 }
 
 }  // namespace valku

@@ -58,28 +58,22 @@ int localClientCount() {
 
 bool enterProcess(AbstractSearchProcess& process) {
     const std::lock_guard lock(listMutex);
+    processes.reserve(maxSearchProcesses);
     if (processes.size() >= maxSearchProcesses) return false;
     processes.push_back(&process);
     if (process.kind != ProcessKind::root) countOf(process.kind) = countOf(process.kind) + 1;
     return true;
 }
 
-AbstractSearchProcess* removeFirstClient(ProcessKind kind) {
+void removeProcess(const AbstractSearchProcess& client) {
     const std::lock_guard lock(listMutex);
-    const auto first =
-        std::find_if(processes.begin(), processes.end(),
-                     [&](const AbstractSearchProcess* process) { return process->kind == kind; });
-    if (first == processes.end()) return nullptr;
-    AbstractSearchProcess* const client = *first;
-    processes.erase(first);
-    countOf(kind) = countOf(kind) - 1;
-    return client;
+    if (std::erase(processes, &client) != 0) countOf(client.kind) = countOf(client.kind) - 1;
 }
 
 void prepareSearches() {
     for (const ProcessList& list : {remoteClients(), localClients()}) {
         for (AbstractSearchProcess* const process : list) {
-            if (!process->inError) process->prepareSearch();
+            if (process->isAvailable()) process->prepareSearch();
         }
     }
     rootSearchProcess->prepareSearch();

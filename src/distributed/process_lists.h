@@ -25,10 +25,10 @@ int localClientCount();
 // The first process to be entered is the root. False if there is no room.
 bool enterProcess(AbstractSearchProcess& process);
 
-// Takes a client out of the lists; null if there is none left of that kind.
-AbstractSearchProcess* removeFirstClient(ProcessKind kind);
+// Takes a client out of the lists, if it is in them.
+void removeProcess(const AbstractSearchProcess& client);
 
-// Tells all processes that are not in error that a new search begins: remote clients, local clients, the
+// Tells all processes that may be given a job that a new search begins: remote clients, local clients, the
 // root.
 void prepareSearches();
 

@@ -4,6 +4,7 @@
 
 #include "chess/fen.h"
 #include "distributed/diagnostics.h"
+#include "platform/clock.h"
 #include "search/format_text.h"
 #include "search/output.h"
 
@@ -11,13 +12,16 @@ namespace valku {
 
 namespace {
 
-constexpr u32 stopPatienceMs = 3000;
+// For all clients together. One that works confirms a stop in a fraction of a millisecond, if the machine has
+// time for it.
+constexpr double graceSeconds = 0.020;
+constexpr double graceOfStoppedSearch = 0.005;
 
 void startAll(ProcessList& racers, const RaceCourse& course, const ProcessList& clients,
               const Position& position, const SearchJob& job) {
     racers.clear();
     const auto start = [&](AbstractSearchProcess& process) {
-        if (process.inError) return;
+        if (!process.isAvailable()) return;
         racers.push_back(&process);
         process.doneEvent.reset();
         process.startSearch(position, job.ncount, job.alpha, job.beta, job.distance, job.zws,
@@ -28,18 +32,43 @@ void startAll(ProcessList& racers, const RaceCourse& course, const ProcessList& 
 }
 
 std::string clientFailure(const RaceCourse& course, std::size_t index, const Position& position) {
-    return diagnosticTime() + " put " + course.client + " client " + std::to_string(index) +
-           " in error state (" + course.function + ")! position: " + writeFen(position);
+    return std::string(" put ") + course.client + " client " + std::to_string(index) + " in error state (" +
+           course.function + ")! position: " + writeFen(position);
 }
 
-// Waits for the process to come to rest. False if it does not, or has failed meanwhile.
-bool awaitRest(AbstractSearchProcess& process, const RaceCourse& course, std::size_t index,
-               const Position& position) {
-    if (process.inError) return false;
-    const bool came =
-        index == 0 ? (process.doneEvent.wait(), true) : process.doneEvent.waitFor(stopPatienceMs);
-    if (!came && process.giveUp()) appendDiagnostic(connectionErrors, clientFailure(course, index, position));
-    return process.finished;
+// A stop of the whole search cuts the time short also while it runs.
+bool isGraceOver(double since) {
+    const double used = steadySeconds() - since;
+    return used >= (stopSignalOutside() ? graceOfStoppedSearch : graceSeconds);
+}
+
+bool comesToRest(AbstractSearchProcess& process, double since) {
+    constexpr u32 sliceMs = 1;
+    if (process.doneEvent.waitFor(0)) return true;  // it may be late for the others that this one is asked
+    while (!isGraceOver(since)) {
+        if (process.doneEvent.waitFor(sliceMs)) return true;
+    }
+    return false;
+}
+
+// Waits for the racers to come to rest, for the local one as long as it takes, and passes by those that do
+// not. Adds up what they have counted.
+void awaitRest(const ProcessList& racers, const RaceCourse& course, const Position& position,
+               RaceResult& result) {
+    course.local.doneEvent.wait();
+    const double since = steadySeconds();
+    for (std::size_t index = 0; index < racers.size(); ++index) {
+        AbstractSearchProcess& process = *racers[index];
+        const bool isLocal = &process == &course.local;
+        if (!isLocal && !process.inError && !comesToRest(process, since)) {
+            process.passBy(clientFailure(course, index, position));
+        }
+        if (!process.finished) continue;
+        SearchResult partial;
+        const u64 nodes = process.getResult(&partial)->nodes;
+        if (isLocal) result.localNodes = nodes;
+        if (&process != result.by) result.totalNodes += nodes;
+    }
 }
 
 // The lines of a round in which nobody has finished, though somebody said so.
@@ -60,7 +89,10 @@ void noteWinner(const RaceCourse& course, const SearchJob& job, std::size_t inde
 }  // namespace
 
 RaceResult race(const RaceCourse& course, const ProcessList& clients, const Position& position,
-                const SearchJob& job) {
+                const SearchJob& wanted) {
+    // What a client would cut off must not be searched here either, or the results would not compare.
+    SearchJob job = wanted;
+    job.distance = std::min(job.distance, deepestJob);
     ProcessList racers;
     racers.reserve(clients.size() + 1);
     for (;;) {
@@ -85,14 +117,7 @@ RaceResult race(const RaceCourse& course, const ProcessList& clients, const Posi
 
         // Step 3. The others stop, and are waited for.
         for (AbstractSearchProcess* const process : racers) process->requestStop();
-        for (std::size_t index = 0; index < racers.size(); ++index) {
-            AbstractSearchProcess& process = *racers[index];
-            if (!awaitRest(process, course, index, position)) continue;
-            SearchResult partial;
-            const u64 nodes = process.getResult(&partial)->nodes;
-            if (&process == &course.local) result.localNodes = nodes;
-            if (&process != result.by) result.totalNodes += nodes;
-        }
+        awaitRest(racers, course, position, result);
         clearStop(course.stopOfLocal);
 
         // Step 4. A wake-up from an old signal: nobody has won. Everybody starts again.

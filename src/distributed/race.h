@@ -27,7 +27,8 @@ struct RaceResult {
 // finished and stops the others. All of them search the whole subtree; no work is divided.
 //
 // The calling thread only waits: searchPosition, the frames and the counters are the local racer's until the
-// race is over. A client that does not confirm its stop within three seconds is out of use until it does.
+// race is over. A client that does not confirm its stop at once is left behind, and takes part again when it
+// has: nobody waits for it.
 RaceResult race(const RaceCourse& course, const ProcessList& clients, const Position& position,
                 const SearchJob& job);
 

@@ -50,7 +50,13 @@ std::string RemoteClientSearchProcess::name() const {
 }
 
 i32 RemoteClientSearchProcess::readData() {
-    return static_cast<i32>(socket.receive(readBuffer.data(), readBuffer.size()));
+    if (!socket.hasInput(readPatienceMs)) return 0;
+    const auto count = static_cast<i32>(socket.receive(readBuffer.data(), readBuffer.size()));
+    return count > 0 ? count : -1;
+}
+
+void RemoteClientSearchProcess::writeData(std::string_view text) {
+    if (socket.send(text, writePatienceMs) != 0) socket.shutDown();
 }
 
 }  // namespace valku

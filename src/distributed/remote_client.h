@@ -15,11 +15,13 @@ class RemoteClientSearchProcess final : public AbstractClientSearchProcess {
     // With the port that has answered.
     std::string name() const override;
 
+    bool hasEnded() override { return true; }
+    void cutOff() override { socket.shutDown(); }
+
   protected:
     i32 readData() override;
-    void writeData(std::string_view text) override { socket.send(text); }
+    void writeData(std::string_view text) override;
     bool hasData() override { return socket.hasInput(); }
-    void endConnection() override { socket.shutDown(); }
 
   private:
     bool connect();

@@ -36,8 +36,7 @@ void RootSearchProcess::setJob(const Position& position, const SearchJob& newJob
 void RootSearchProcess::startSearch(const Position& position, i32 ncount, i32 alpha, i32 beta, i32 distance,
                                     bool zws, Event* anyFinished) {
     setJob(position, {ncount, alpha, beta, distance, zws}, anyFinished);
-    if (!threadStarted) start();
-    threadStarted = true;
+    if (!hasThread()) start();
     jobEvent.signal();
 }
 
@@ -52,10 +51,31 @@ SearchResult* RootSearchProcess::getResult(SearchResult* destination) {
 
 // The owner of a table ages it; a process that only shares it does not. A table that nobody has marked needs
 // no ageing.
-void RootSearchProcess::prepareSearch() {
+void RootSearchProcess::ageTable() {
     const bool marked = hashUsed != 0 || hasLocalClients();
     if (!shareHashFlag && marked) ageHashTable();
+}
+
+void RootSearchProcess::prepareSearch() {
+    if (hashReadiness == HashReadiness::none) ageTable();
+    hashReadiness = HashReadiness::none;
     hashUsed = 0;
+}
+
+// What others may write to the table until the next search begins would not be aged or cleared: other engines
+// that share it, or a client that is late with its job.
+void RootSearchProcess::prepareAhead() {
+    if (shareHashFlag || hashReadiness != HashReadiness::none) return;
+    for (const AbstractSearchProcess* const client : localClients()) {
+        if (!client->isAvailable()) return;
+    }
+    if (PreserveHash) {
+        ageTable();
+        hashReadiness = HashReadiness::aged;
+    } else {
+        clearHashTable();
+        hashReadiness = HashReadiness::cleared;
+    }
 }
 
 void RootSearchProcess::runRootSearch() {

@@ -23,6 +23,11 @@ class RootSearchProcess final : public AbstractSearchProcess {
     i32 getBeta() const override { return job.beta; }
     bool isIdle() const override { return idle; }
     void prepareSearch() override;
+
+    // Does the long part of prepareSearch, and the clearing that PreserveHash may ask for, as soon as a
+    // search has ended, so that it does not fall on the clock of the next.
+    void prepareAhead();
+
     void quit() override { requestStop(); }
     std::string name() const override { return "rootSearchProcess"; }
 
@@ -33,11 +38,12 @@ class RootSearchProcess final : public AbstractSearchProcess {
     void setJob(const Position& position, const SearchJob& newJob, Event* anyFinished);
 
   private:
+    void ageTable();
+
     Event* anyFinishedEvent = nullptr;
     Event jobEvent;
     SearchJob job;
     SearchResult result;
-    bool threadStarted = false;
     SharedFlag idle{true};
     const bool shareHashFlag;
 };

@@ -4,6 +4,9 @@
 
 namespace valku {
 
+// The deepest job that one process gives another; deeper ones have no place in the hash table.
+constexpr i32 deepestJob = 253;  // quarter plies
+
 // A window and a depth, from the view of the side to move at the node.
 struct SearchJob {
     i32 ncount = 1;  // ply of the node

@@ -38,25 +38,43 @@ class AbstractSearchProcess : public Thread {
     virtual void prepareSearch() = 0;
     virtual void quit() = 0;
 
+    // Starts the thread of the process if it does not run yet; false if there is none to be had. A local
+    // racer has it before the first client is entered, for races begin with that. Any thread may call.
+    bool hasThread();
+
     // How the console lists it.
     virtual std::string name() const = 0;
 
-    // The caller gives up waiting for the job: the process is in error until its late answer comes. False if
-    // the job was completed in this very moment.
-    bool giveUp();
+    // The caller goes on without this process, whose stop it has requested: the answer to the job will wake
+    // nobody, and no job may be given before it has come. A process that keeps silent for another three
+    // seconds is in error until then; `complaint` is what the diagnostic file says of it, behind the time.
+    // False if there is nothing to wait for: the job was completed in this very moment, or has failed.
+    bool passBy(const std::string& complaint);
+
+    // May it be given a job?
+    bool isAvailable() const { return !inError && !passedBy; }
 
     Event doneEvent;
     const ProcessKind kind;
     SharedFlag finished{false};  // a result of the current job is there
-    SharedFlag inError{false};   // out of use
+    SharedFlag inError{false};   // out of use; set by the process's own thread
 
   protected:
-    // The process's side: its result stands. Wakes whoever waits for it, unless the caller has given up;
-    // then the process only leaves its error state, and notes it under the name `recovered`.
+    // The process's side: its result stands. Wakes whoever waits for it, unless the caller has gone on; then
+    // the process only becomes available again, and notes under the name `recovered` if it was in error.
     void completeJob(Event* anyFinished, const char* recovered);
 
+    // The process's side, while it has no result: puts itself in error once it was passed by for too long.
+    void checkPatience();
+
+    SharedFlag threadStarted{false};
+
   private:
+    Mutex threadStart;
     Mutex endOfJob;  // joins the look at the one flag with the setting of the other
+    SharedFlag passedBy{false};
+    std::string passingComplaint;  // this and the next under the lock
+    double patienceEnd = 0;
 };
 
 }  // namespace valku

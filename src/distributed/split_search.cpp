@@ -15,7 +15,7 @@ std::string describe(const SearchJob& job, int racers) {
         "time = %s alpha = %i beta = %i distance = %incount = %i zws = %i ff = %isis = %i "
         "stopSignalOutside() = %i",
         diagnosticTime().c_str(), job.alpha, job.beta, job.distance, job.ncount, job.zws ? 1 : 0, racers,
-        searchStopped() ? 1 : 0, stopSignalOutside() ? 1 : 0);
+        isStopWanted() ? 1 : 0, stopSignalOutside() ? 1 : 0);
 }
 
 }  // namespace

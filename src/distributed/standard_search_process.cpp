@@ -11,8 +11,7 @@ void StandardSearchProcess::startSearch(const Position&, i32 ncount, i32 alpha, 
                                         bool zws, Event* anyFinished) {
     job = {ncount, alpha, beta, distance, zws};
     idle = false;
-    if (!threadStarted) start();
-    threadStarted = true;
+    if (!hasThread()) start();
     anyFinishedEvent = anyFinished;
     finished = false;
     jobEvent.signal();

@@ -29,7 +29,6 @@ class StandardSearchProcess final : public AbstractSearchProcess {
     SearchJob job;
     SearchResult result;
     SharedFlag idle{true};
-    bool threadStarted = false;
 };
 
 extern StandardSearchProcess standardSearchProcess;

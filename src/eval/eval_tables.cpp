@@ -196,9 +196,12 @@ i32 kingAttackTable[kingAttackTableSize];
 i32 kingSupportTable[8][4];
 
 void updateKingAttackTable() {
+    // Far above the value of all men, and sums of a few such costs stay inside 32 bits.
+    constexpr double largestAttackCost = 10'000'000;
     for (int count = 0; count < kingAttackTableSize; ++count) {
         const double cost = std::pow(count, 2.1) * 0.5 + 2 * count;
-        kingAttackTable[count] = static_cast<i32>(cost * kingSafety / 100);
+        kingAttackTable[count] =
+            static_cast<i32>(std::clamp(cost * kingSafety / 100, -largestAttackCost, largestAttackCost));
     }
 }
 

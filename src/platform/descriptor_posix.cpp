@@ -1,5 +1,6 @@
 #include "platform/descriptor_posix.h"
 
+#include <limits.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -38,6 +39,26 @@ bool writeDescriptor(int descriptor, std::string_view text) {
         }
     }
     return true;
+}
+
+bool writeDescriptor(int descriptor, std::string_view text, int milliseconds) {
+    while (!text.empty()) {
+        // A pipe that has room has room for so much.
+        const std::string_view piece = text.substr(0, PIPE_BUF);
+        if (!awaitEvent(descriptor, POLLOUT, milliseconds) || !writeDescriptor(descriptor, piece))
+            return false;
+        text.remove_prefix(piece.size());
+    }
+    return true;
+}
+
+bool awaitEvent(int descriptor, short event, int milliseconds) {
+    pollfd waiting{descriptor, event, 0};
+    int found = 0;
+    do {
+        found = poll(&waiting, 1, milliseconds);
+    } while (found < 0 && errno == EINTR);
+    return found != 0;
 }
 
 }  // namespace valku

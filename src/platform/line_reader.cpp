@@ -1,5 +1,6 @@
 #include "platform/line_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace valku {
@@ -21,18 +22,25 @@ bool LineReader::refill() {
     return !ended;
 }
 
+void LineReader::append(std::string& text, const char* from, std::size_t count) {
+    const std::size_t room = longestText - text.size();
+    cut = cut || count > room;
+    text.append(from, std::min(count, room));
+}
+
 bool LineReader::readLine(std::string& line) {
     line.clear();
+    cut = false;
     while (position < end || refill()) {
         const char* from = block.data() + position;
         const void* lineFeed = std::memchr(from, '\n', end - position);
         if (lineFeed != nullptr) {
             const auto length = static_cast<std::size_t>(static_cast<const char*>(lineFeed) - from);
-            line.append(from, length);
+            append(line, from, length);
             position += length + 1;
             return true;
         }
-        line.append(from, end - position);
+        append(line, from, end - position);
         position = end;
     }
     return !line.empty();
@@ -40,10 +48,11 @@ bool LineReader::readLine(std::string& line) {
 
 bool LineReader::readWord(std::string& word) {
     word.clear();
+    cut = false;
     while (position < end || refill()) {
         const char character = block[position];
         if (!isWhiteSpace(character)) {
-            word += character;
+            append(word, &character, 1);
         } else if (!word.empty()) {
             return true;
         }

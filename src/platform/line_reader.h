@@ -16,13 +16,16 @@ class ByteSource {
     virtual std::size_t read(char* to, std::size_t size) = 0;
 };
 
-/// Takes lines and words from one stream of bytes, waiting for them as long as it takes. Lines may have any
-/// length; apart from the text being built a fixed block is all the memory it needs. For one thread at a
-/// time.
+/// Takes lines and words from one stream of bytes, waiting for them as long as it takes. Apart from the text
+/// being built, which may be bounded, a fixed block is all the memory it needs. For one thread at a time.
 class LineReader {
   public:
-    /// `bytes` must outlive the reader.
-    explicit LineReader(ByteSource& bytes) : source(bytes) {}
+    static constexpr std::size_t unbounded = static_cast<std::size_t>(-1);
+
+    /// `bytes` must outlive the reader. Of a line or word of more than `longest` bytes the rest is passed
+    /// over.
+    explicit LineReader(ByteSource& bytes, std::size_t longest = unbounded)
+        : source(bytes), longestText(longest) {}
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
 
@@ -35,12 +38,18 @@ class LineReader {
     /// too, is left for the next read. False, with an empty `word`, when the input has ended.
     bool readWord(std::string& word);
 
+    /// True if the last line or word was longer than it may be, and was cut.
+    bool wasCut() const { return cut; }
+
   private:
     bool refill();
+    void append(std::string& text, const char* from, std::size_t count);
 
     static constexpr std::size_t blockSize = 8192;
 
     ByteSource& source;
+    std::size_t longestText;
+    bool cut = false;
     std::array<char, blockSize> block;
     std::size_t position = 0;
     std::size_t end = 0;

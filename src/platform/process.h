@@ -8,14 +8,19 @@
 
 namespace valku {
 
-/// Flushes the standard streams and ends the process at once, with `code`. Destructors of static objects do
-/// not run: other threads may be at work on those objects until the very end.
+/// Flushes the standard streams and ends the process at once, with `code`. The names of the shared blocks
+/// that it has created go with it. Destructors of static objects do not run: other threads may be at work on
+/// those objects until the very end.
 [[noreturn]] void exitProcess(int code);
 
 std::int64_t currentProcessId();
 
 /// False for a terminal, a file, or nothing at all: only a pipe's end tells that whoever held it is gone.
 bool standardInputIsPipe();
+
+/// True if nobody is left who could write to the standard input, though there may still be something to read.
+/// Never true of a file.
+bool standardInputIsOrphaned();
 
 /// A path by which this program can be started again from any working directory. `argv0` is the first word of
 /// the command line, the answer where the system cannot tell.

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <limits.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -16,11 +15,13 @@
 
 #include "platform/descriptor_posix.h"
 #include "platform/process.h"
+#include "platform/shared_memory.h"
 #include "platform/signals.h"
 
 namespace valku {
 
 void exitProcess(int code) {
+    SharedMemory::removeOwn();
     std::cout.flush();
     std::cerr.flush();
     std::fflush(stdout);
@@ -30,6 +31,11 @@ void exitProcess(int code) {
 
 std::int64_t currentProcessId() {
     return getpid();
+}
+
+bool standardInputIsOrphaned() {
+    pollfd input{STDIN_FILENO, 0, 0};
+    return poll(&input, 1, 0) > 0;
 }
 
 bool standardInputIsPipe() {
@@ -106,6 +112,7 @@ pid_t spawn(const std::string& programPath, const std::vector<std::string>& argu
     sigset_t ignoredHere;
     sigemptyset(&ignoredHere);
     sigaddset(&ignoredHere, SIGPIPE);
+    sigaddset(&ignoredHere, SIGXFSZ);
     posix_spawnattr_setsigmask(&attributes, &none);
     posix_spawnattr_setsigdefault(&attributes, &ignoredHere);
     posix_spawnattr_setpgroup(&attributes, 0);
@@ -117,16 +124,6 @@ pid_t spawn(const std::string& programPath, const std::vector<std::string>& argu
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     return child;
-}
-
-/// False if nothing has come of it in time; an end or a failure counts as something.
-bool awaitEvent(int descriptor, short event, int milliseconds) {
-    pollfd waiting{descriptor, event, 0};
-    int found = 0;
-    do {
-        found = poll(&waiting, 1, milliseconds);
-    } while (found < 0 && errno == EINTR);
-    return found != 0;
 }
 
 }  // namespace
@@ -205,15 +202,7 @@ ChildProcess::Output ChildProcess::readSome(std::string& text, int milliseconds)
 }
 
 bool ChildProcess::write(std::string_view text, int milliseconds) {
-    const int descriptor = impl->toChild.get();
-    while (!text.empty()) {
-        // A pipe that has room has room for so much.
-        const std::string_view piece = text.substr(0, PIPE_BUF);
-        if (!awaitEvent(descriptor, POLLOUT, milliseconds) || !writeDescriptor(descriptor, piece))
-            return false;
-        text.remove_prefix(piece.size());
-    }
-    return true;
+    return writeDescriptor(impl->toChild.get(), text, milliseconds);
 }
 
 void ChildProcess::closeInput() {

@@ -45,6 +45,11 @@ class SharedMemory {
     /// anybody may still be using are left alone.
     static void removeStale(int firstId, int count);
 
+    /// For a process that is about to end, whatever its other threads are doing: lets go of the names of all
+    /// blocks that it has created. The memory goes with the last process that still has it open. Whoever
+    /// wants to create or close a block from then on waits for the end.
+    static void removeOwn();
+
   private:
     SharedMemoryResult attach(int newSegment);
 

@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <fstream>
 #include <limits>
+#include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/shared_memory.h"
@@ -21,6 +23,36 @@ constexpr int onlyThisUser = 0600;
 /// After a failed call on a segment: true if the segment is no longer there.
 bool wasRemoved() {
     return errno == EIDRM || errno == EINVAL;
+}
+
+/// The segments that this process has made and still owns. Each is made and noted in one step under the lock,
+/// so that an end of the process misses none; recursive, for an end keeps it.
+struct OwnSegments {
+    std::recursive_mutex mutex;
+    std::vector<int> numbers;
+};
+
+OwnSegments& ownSegments() {
+    static auto* const segments = new OwnSegments;  // outlives all static objects
+    return *segments;
+}
+
+/// shmget for a new segment of the id; the number or -1.
+int makeSegment(int id, std::size_t size) {
+    OwnSegments& own = ownSegments();
+    const std::lock_guard guard(own.mutex);
+    own.numbers.reserve(own.numbers.size() + 1);
+    const int made = shmget(id, size, IPC_CREAT | IPC_EXCL | onlyThisUser);
+    if (made >= 0) own.numbers.push_back(made);
+    return made;
+}
+
+/// False if the system refused.
+bool removeSegment(int segment) {
+    OwnSegments& own = ownSegments();
+    const std::lock_guard guard(own.mutex);
+    std::erase(own.numbers, segment);
+    return shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
 }
 
 /// Also true of a process that has died and whose parent has not asked for it yet.
@@ -102,11 +134,11 @@ SharedMemoryResult SharedMemory::create(int id, std::uint64_t size) {
         return SharedMemoryResult::refused;
     }
     for (;;) {
-        const int made = shmget(id, static_cast<std::size_t>(size), IPC_CREAT | IPC_EXCL | onlyThisUser);
+        const int made = makeSegment(id, static_cast<std::size_t>(size));
         if (made >= 0) {
             const SharedMemoryResult result = attach(made);
             creator = result == SharedMemoryResult::done;
-            if (!creator) shmctl(made, IPC_RMID, nullptr);
+            if (!creator) removeSegment(made);
             return result;
         }
         if (errno != EEXIST) return SharedMemoryResult::refused;
@@ -132,10 +164,16 @@ void SharedMemory::removeStale(int firstId, int count) {
     }
 }
 
+void SharedMemory::removeOwn() {
+    OwnSegments& own = ownSegments();
+    own.mutex.lock();
+    for (const int segment : own.numbers) shmctl(segment, IPC_RMID, nullptr);
+}
+
 bool SharedMemory::close() {
     if (start == nullptr) return true;
     // The mark must stand before we detach: from then on the last one to detach takes the segment with it.
-    const bool unnamed = !creator || shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
+    const bool unnamed = !creator || removeSegment(segment);
     const bool detached = shmdt(start) == 0;
     if (!creator) removeBehind(segment);
     start = nullptr;

@@ -21,4 +21,8 @@ void installConsoleSignalHandler(void (*handler)(int consoleSignal));
 /// process. The routines of this folder see to it themselves; may be called any number of times.
 void ignoreBrokenPipes();
 
+/// A file that has reached the size which the process may write then fails a write instead of ending the
+/// process.
+void ignoreFileSizeLimit();
+
 }  // namespace valku

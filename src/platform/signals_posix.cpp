@@ -5,6 +5,7 @@
 #include <array>
 
 #include "platform/process.h"
+#include "platform/shared_memory.h"
 #include "platform/signals.h"
 #include "platform/thread.h"
 
@@ -50,6 +51,7 @@ class SignalThread final : public Thread {
 
   private:
     [[noreturn]] static void endAsBy(int system) {
+        SharedMemory::removeOwn();
         struct sigaction action {};
         action.sa_handler = SIG_DFL;
         sigaction(system, &action, nullptr);
@@ -62,6 +64,12 @@ class SignalThread final : public Thread {
         exitProcess(128 + system);
     }
 };
+
+void ignore(int system) {
+    struct sigaction action {};
+    action.sa_handler = SIG_IGN;
+    sigaction(system, &action, nullptr);
+}
 
 bool isIgnored(int system) {
     struct sigaction current {};
@@ -82,9 +90,11 @@ void installConsoleSignalHandler(void (*handler)(int consoleSignal)) {
 }
 
 void ignoreBrokenPipes() {
-    struct sigaction action {};
-    action.sa_handler = SIG_IGN;
-    sigaction(SIGPIPE, &action, nullptr);
+    ignore(SIGPIPE);
+}
+
+void ignoreFileSizeLimit() {
+    ignore(SIGXFSZ);
 }
 
 }  // namespace valku

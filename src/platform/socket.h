@@ -46,15 +46,24 @@ class Socket {
     /// Small texts leave at once instead of being gathered into larger packets.
     int setNoDelay();
 
+    /// Lets the system find out whether the other side is still there: it is asked after `idleSeconds` of
+    /// silence, then every `intervalSeconds`, and gone after `count` questions without an answer, or when a
+    /// text has found no way to it for as long as all that takes.
+    int setKeepAlive(int idleSeconds, int intervalSeconds, int count);
+
     /// Sends the whole text, waiting while the connection is full.
     int send(std::string_view text);
+
+    /// `send` to a peer that may read no more: an error too if it has not taken all of it in `milliseconds`.
+    int send(std::string_view text, std::uint32_t milliseconds);
 
     /// Waits for bytes and puts at most `size` of them at `to`. Returns their number, 0 when the other side
     /// has closed, and the negative error code after a failure.
     std::ptrdiff_t receive(char* to, std::size_t size);
 
-    /// Would `receive` come back at once, with bytes or with the news of the end?
-    bool hasInput() const;
+    /// Would `receive` come back at once, with bytes or with the news of the end? Waits up to `milliseconds`
+    /// for that.
+    bool hasInput(int milliseconds = 0) const;
 
     /// Ends the conversation in both directions; a `receive` or `accept` that waits in another thread
     /// returns.
@@ -63,6 +72,9 @@ class Socket {
     void close();
 
     bool isConnected() const { return connected; }
+
+    /// The dotted address of the other side, empty if it has gone.
+    std::string remoteAddress() const;
 
     /// The port of this side, 0 if there is none yet.
     std::uint16_t localPort() const;

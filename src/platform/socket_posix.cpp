@@ -35,9 +35,8 @@ sockaddr_in addressOf(in_addr_t host, std::uint16_t port) {
     return address;
 }
 
-int setOption(int handle, int level, int option) {
-    const int on = 1;
-    return errorOf(setsockopt(handle, level, option, &on, sizeof on));
+int setOption(int handle, int level, int option, int value = 1) {
+    return errorOf(setsockopt(handle, level, option, &value, sizeof value));
 }
 
 /// Waits until `event` happens on the descriptor. A wait of 0 ms has no end.
@@ -74,7 +73,10 @@ class Lookup final : public Thread, public std::enable_shared_from_this<Lookup> 
 
     std::string ask() {
         keptAlive = shared_from_this();
-        start();
+        if (!tryStart()) {
+            keptAlive.reset();
+            return {};
+        }
         if (!done.waitFor(patienceMs)) return {};
         return address;
     }
@@ -96,17 +98,20 @@ class Lookup final : public Thread, public std::enable_shared_from_this<Lookup> 
     std::shared_ptr<Lookup> keptAlive;
 };
 
+std::string textOf(const in_addr& address) {
+    std::array<char, INET_ADDRSTRLEN> text{};
+    return inet_ntop(AF_INET, &address, text.data(), text.size()) ? text.data() : std::string();
+}
+
 std::string Lookup::lookUp(const std::string& host) {
     addrinfo wanted{};
     wanted.ai_family = AF_INET;
     wanted.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
     if (getaddrinfo(host.c_str(), nullptr, &wanted, &found) != 0) return {};
-    std::array<char, INET_ADDRSTRLEN> text{};
-    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
-    const bool written = inet_ntop(AF_INET, &address->sin_addr, text.data(), text.size()) != nullptr;
+    std::string address = textOf(reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr);
     freeaddrinfo(found);
-    return written ? text.data() : std::string();
+    return address;
 }
 
 }  // namespace
@@ -141,6 +146,15 @@ int Socket::setReuseAddress() {
 
 int Socket::setNoDelay() {
     return setOption(handle, IPPROTO_TCP, TCP_NODELAY);
+}
+
+int Socket::setKeepAlive(int idleSeconds, int intervalSeconds, int count) {
+    const int patienceMs = 1000 * (idleSeconds + intervalSeconds * count);
+    if (const int error = setOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, idleSeconds)) return error;
+    if (const int error = setOption(handle, IPPROTO_TCP, TCP_KEEPINTVL, intervalSeconds)) return error;
+    if (const int error = setOption(handle, IPPROTO_TCP, TCP_KEEPCNT, count)) return error;
+    if (const int error = setOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, patienceMs)) return error;
+    return setOption(handle, SOL_SOCKET, SO_KEEPALIVE);
 }
 
 int Socket::bind(std::uint16_t port, const std::string& address) {
@@ -199,6 +213,23 @@ int Socket::send(std::string_view text) {
     return 0;
 }
 
+int Socket::send(std::string_view text, std::uint32_t milliseconds) {
+    const double end = steadySeconds() + milliseconds / 1000.0;
+    while (!text.empty()) {
+        const ssize_t count = ::send(handle, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(count));
+            continue;
+        }
+        if (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK) return errno;
+        const double left = (end - steadySeconds()) * 1000.0;
+        if (left <= 0) return ETIMEDOUT;
+        if (const int error = waitForEvent(handle, POLLOUT, static_cast<std::uint32_t>(left) + 1))
+            return error;
+    }
+    return 0;
+}
+
 std::ptrdiff_t Socket::receive(char* to, std::size_t size) {
     for (;;) {
         const ssize_t count = ::recv(handle, to, size, 0);
@@ -207,9 +238,9 @@ std::ptrdiff_t Socket::receive(char* to, std::size_t size) {
     }
 }
 
-bool Socket::hasInput() const {
+bool Socket::hasInput(int milliseconds) const {
     pollfd waiting{handle, POLLIN, 0};
-    return poll(&waiting, 1, 0) > 0;
+    return poll(&waiting, 1, milliseconds) > 0;
 }
 
 void Socket::shutDown() {
@@ -220,6 +251,13 @@ void Socket::close() {
     if (handle >= 0) ::close(handle);
     handle = -1;
     connected = false;
+}
+
+std::string Socket::remoteAddress() const {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    if (getpeername(handle, reinterpret_cast<sockaddr*>(&address), &size) != 0) return {};
+    return textOf(address.sin_addr);
 }
 
 std::uint16_t Socket::localPort() const {

@@ -18,6 +18,9 @@ class Thread {
     /// moment: whoever starts a thread from a constructor does it in the most derived class, as its last act.
     /// A process that cannot get the thread ends with status 1 after one line on standard error.
     void start();
+
+    /// The same, but false, and no thread, if there is none to be had.
+    bool tryStart();
 };
 
 }  // namespace valku

@@ -1,8 +1,7 @@
 #include <pthread.h>
 
-#include <cstdio>
-
 #include "platform/process.h"
+#include "platform/raw_io.h"
 #include "platform/thread.h"
 
 namespace valku {
@@ -34,10 +33,15 @@ bool startDetached(Thread* thread, std::size_t stack) {
 
 Thread::~Thread() = default;
 
-void Thread::start() {
+bool Thread::tryStart() {
     // Where address space is limited, less than we like may still be had.
-    if (startDetached(this, stackSize) || startDetached(this, leastStackSize)) return;
-    std::fputs("valku: the system gives no further thread\n", stderr);
+    return startDetached(this, stackSize) || startDetached(this, leastStackSize);
+}
+
+void Thread::start() {
+    if (tryStart()) return;
+    constexpr int patienceMs = 1000;
+    writeErrorOutput("valku: the system gives no further thread\n", patienceMs);
     exitProcess(1);
 }
 

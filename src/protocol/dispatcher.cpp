@@ -1,6 +1,8 @@
 #include "protocol/dispatcher.h"
 
 #include <algorithm>
+#include <atomic>
+#include <string>
 #include <string_view>
 
 #include "book/book_report.h"
@@ -8,11 +10,11 @@
 #include "chess/number_text.h"
 #include "distributed/client_job.h"
 #include "distributed/clients.h"
+#include "platform/raw_io.h"
 #include "protocol/book_commands.h"
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
-#include "protocol/game_snapshot.h"
 #include "protocol/parameters.h"
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
@@ -30,11 +32,18 @@ namespace {
 
 enum class Match { whole, prefix };
 
+// Every word is open to the user of a root process; some are open to others, or at other times.
+enum : unsigned {
+    caller = 1,           // whoever has the pipe of a process that is no root, or has reached its port
+    userWhileEditing = 2  // the user in the middle of setting up a board
+};
+
 struct Command {
     std::string_view word;
     Match match;
     // `rest` is what follows the word; for a whole match nothing.
     void (*handle)(std::string_view rest);
+    unsigned openTo = 0;
 };
 
 // The text from one character behind the word on, where the arguments begin.
@@ -105,22 +114,18 @@ void createRemoteClient(std::string_view rest) {
     if (port > 0) addRemoteClient(std::string(text.substr(0, blank)), static_cast<u16>(port));
 }
 
-void clientPosition(std::string_view rest) {
-    receivePosition(argumentsOf(rest));
-    snapshotKings();
-}
-
 void setOptionCommand(std::string_view rest) {
     const std::string_view text = argumentsOf(rest);
     const std::size_t at = text.find("value");
-    finishThinking();
-    if (at == std::string_view::npos) {
-        setOption(text, {});
-    } else {
+    std::string_view name = text;
+    std::string_view value;
+    if (at != std::string_view::npos) {
         const std::size_t behind = at + 6;
-        setOption(text.substr(0, at > 0 ? at - 1 : 0),
-                  behind < text.size() ? text.substr(behind) : std::string_view{});
+        name = text.substr(0, at > 0 ? at - 1 : 0);
+        if (behind < text.size()) value = text.substr(behind);
     }
+    if (needsIdleEngine(name)) finishThinking();
+    setOption(name, value);
 }
 
 void setPositionCommand(std::string_view rest) {
@@ -152,22 +157,22 @@ constexpr Command commands[] = {
     {"rmmove", Match::prefix, [](std::string_view rest) { removeMoveFromBook(argumentsOf(rest)); }},
     {"server_createlocalclient", Match::prefix, [](std::string_view) { addLocalClient(); }},
     {"server_createremoteclient", Match::prefix, createRemoteClient},
-    {"client_alphabeta", Match::prefix, [](std::string_view rest) { startJob(argumentsOf(rest)); }},
-    {"client_preparesearch", Match::prefix, [](std::string_view) { prepareJobs(); }},
-    {"client_pos", Match::prefix, clientPosition},
-    {"client_castlings", Match::prefix, [](std::string_view rest) { receiveCastlings(argumentsOf(rest)); }},
-    {"client_epfield", Match::prefix, [](std::string_view rest) { receiveEpField(argumentsOf(rest)); }},
-    {"client_50moves", Match::prefix, [](std::string_view rest) { receiveFiftyMoves(argumentsOf(rest)); }},
-    {"client_hash", Match::prefix, [](std::string_view rest) { receiveKey(argumentsOf(rest)); }},
-    {"client_history", Match::prefix, [](std::string_view rest) { receiveHistory(argumentsOf(rest)); }},
-    {"client_stop", Match::prefix, [](std::string_view) { stopJob(); }},
+    {"client_alphabeta", Match::prefix, [](std::string_view rest) { startJob(argumentsOf(rest)); }, caller},
+    {"client_preparesearch", Match::prefix, [](std::string_view) { prepareJobs(); }, caller},
+    {"client_pos", Match::prefix, [](std::string_view rest) { receivePosition(argumentsOf(rest)); }, caller},
+    {"client_castlings", Match::prefix, [](std::string_view rest) { receiveCastlings(argumentsOf(rest)); }, caller},
+    {"client_epfield", Match::prefix, [](std::string_view rest) { receiveEpField(argumentsOf(rest)); }, caller},
+    {"client_50moves", Match::prefix, [](std::string_view rest) { receiveFiftyMoves(argumentsOf(rest)); }, caller},
+    {"client_hash", Match::prefix, [](std::string_view rest) { receiveKey(argumentsOf(rest)); }, caller},
+    {"client_history", Match::prefix, [](std::string_view rest) { receiveHistory(argumentsOf(rest)); }, caller},
+    {"client_stop", Match::prefix, [](std::string_view) { stopJob(); }, caller},
     {"time", Match::prefix, setClock},
     {"sd", Match::prefix, setDepth},
     {"level", Match::prefix, setLevel},
     {"fritz", Match::whole, [](std::string_view) { fritzMode = !fritzMode; }},
     {"easy", Match::whole, [](std::string_view) { easyMode = true; }},
     {"hard", Match::whole, hard},
-    {"quit", Match::whole, [](std::string_view) { engineServices->quit(); }},
+    {"quit", Match::whole, [](std::string_view) { engineServices->quit(); }, caller | userWhileEditing},
     {"new", Match::whole, [](std::string_view) { newGame(); }},
     {"go", Match::prefix, [](std::string_view rest) { goCommand(argumentsOf(rest)); }},
     {"computer", Match::whole, [](std::string_view) { computerOpponent = !computerOpponent; }},
@@ -190,7 +195,7 @@ constexpr Command commands[] = {
 
 // Behind the moves of an XBoard interface, so that no word can be taken for one.
 constexpr Command uciCommands[] = {
-    {"isready", Match::whole, [](std::string_view) { isReady(); }},
+    {"isready", Match::whole, [](std::string_view) { isReady(); }, caller},
     {"setoption name", Match::prefix, setOptionCommand},
     {"position", Match::prefix, setPositionCommand},
     {"ponderhit", Match::whole, [](std::string_view) { ponderHit(); }},
@@ -199,41 +204,61 @@ constexpr Command uciCommands[] = {
 };
 // clang-format on
 
-// The words of a parent, and those that get along with a running job. Everything else a client does behind
-// it.
-bool bearsAJob(std::string_view word) {
-    return word.starts_with("client_") || word == "quit" || word == "isready";
-}
-
 bool fits(const Command& command, std::string_view line) {
     return command.match == Match::whole ? line == command.word : line.starts_with(command.word);
 }
 
+// Carries the line out with the first command of the chain that fits and is open to `whom`.
 template <std::size_t count>
-bool dispatchAmong(const Command (&chain)[count], std::string_view line) {
+bool dispatchAmong(const Command (&chain)[count], std::string_view line, unsigned whom = 0) {
     for (const Command& command : chain) {
-        if (!fits(command, line)) continue;
-        if (!bearsAJob(command.word)) finishJob();
+        if ((command.openTo & whom) != whom || !fits(command, line)) continue;
         command.handle(line.substr(command.word.size()));
         return true;
     }
     return false;
 }
 
+// Written by the thread that reads the commands alone.
+std::atomic<u64> refusedLines = 0;
+
+// A caller may send as many as he likes; they are not to fill anybody's disk.
+void refuseLine() {
+    constexpr std::string_view text = "Lines of the caller that are no part of a search are ignored.\n";
+    if (refusedLines++ > 0) return;
+    // The parent of a local client reads its output, and would take the text for the answer to a job.
+    if (processRole != roleLocalClient || !errorOutputIsStandardOutput()) writeErrorOutput(text);
+    textSink->note(text);
+}
+
+void dispatchForCaller(std::string_view line) {
+    if (dispatchAmong(commands, line, caller) || dispatchAmong(uciCommands, line, caller)) return;
+    if (!line.empty()) refuseLine();
+}
+
+void dispatchWhileEditing(std::string_view line) {
+    if (!dispatchAmong(commands, line, userWhileEditing)) editCommand(line);
+}
+
 }  // namespace
 
 void dispatch(const std::string& line) {
-    if (editMode) {
-        editCommand(line);
+    if (processRole != roleRoot) {
+        dispatchForCaller(line);
+    } else if (editMode) {
+        dispatchWhileEditing(line);
+    } else if (dispatchAmong(commands, line)) {
         return;
-    }
-    if (dispatchAmong(commands, line)) return;
-    if (isMoveText(line)) {
-        finishJob();
+    } else if (isMoveText(line)) {
         receiveMove(line, false);
     } else {
         dispatchAmong(uciCommands, line);
     }
+}
+
+void noteRefusedLines() {
+    const u64 count = refusedLines;
+    if (count > 0) textSink->note(std::to_string(count) + " lines of the caller were ignored.\n");
 }
 
 }  // namespace valku

@@ -7,6 +7,12 @@ namespace valku {
 // Carries a line out. One chain of comparisons serves all protocols and roles; the first word that fits ends
 // it, and a line that fits none is passed over in silence. Returns when the line is finished. Called by the
 // thread that reads the commands.
+//
+// A process that is no root serves a caller, about whom it knows nothing: it carries out the words of a
+// search, and refuses all others. The first refusal is told on standard error.
 void dispatch(const std::string& line);
+
+// Tells the log how many lines were refused.
+void noteRefusedLines();
 
 }  // namespace valku

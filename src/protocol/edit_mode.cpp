@@ -20,6 +20,7 @@ namespace {
 EditedBoard board;
 Color placedColor = White;
 bool boardTaken = false;
+Color savedSideToMove = White;  // at the begin of the edit; the game may move on before its end
 
 struct Fault {
     BoardFault fault;
@@ -55,7 +56,7 @@ void refuse(BoardFault found) {
 
 void finishEdit() {
     if (!isBoardAtHand()) return;
-    const BoardFault fault = board.setUp(static_cast<Color>(gamePosition.sideToMove));
+    const BoardFault fault = board.setUp(savedSideToMove);
     if (fault != BoardFault::none) {
         refuse(fault);
         return;
@@ -82,6 +83,7 @@ void beginEdit() {
     boardTaken = false;
     placedColor = White;
     isBoardAtHand();
+    savedSideToMove = static_cast<Color>(copyGame().sideToMove);
 }
 
 void editCommand(std::string_view line) {

@@ -10,7 +10,8 @@ namespace valku {
 // While it is set, every line is a line of edit mode.
 extern bool editMode;
 
-// The board to be edited is that of the game; the first men are white.
+// The board to be edited is that of the game; the first men are white. The side that is to move now will be
+// so afterwards.
 void beginEdit();
 
 // A line of edit mode; without effect, but for the dot that ends it, while the engine thinks. A board that is

@@ -12,6 +12,7 @@
 #include "search/process_state.h"
 #include "search/root_search.h"
 #include "search/search_control.h"
+#include "search/search_interrupt.h"
 #include "search/thinking_state.h"
 
 namespace valku {
@@ -75,11 +76,18 @@ void mirror() {
     printBoard();
 }
 
+// Of the position that a running search began with, if there is one: it goes on meanwhile.
 void showEvaluation() {
-    if (!isSettled()) return;
-    searchPosition = gamePosition;
-    computeRootMobility();
-    sendText(formatText("info string eval is: %i\n", evaluate()));
+    i32 value = 0;
+    const auto evaluateGame = [&value] {
+        searchPosition = copyGame();
+        computeRootMobility();
+        value = evaluate();
+    };
+    bool done = false;
+    while (!done && !isSettled()) done = doBetweenNodes(evaluateGame);
+    if (!done) evaluateGame();
+    sendText(formatText("info string eval is: %i\n", value));
 }
 
 void analyze() {

@@ -79,6 +79,23 @@ void clearPositionValue(std::string_view fen) {
     positionValues.erase(entry);
 }
 
+// The old size may be refused now that its memory has been given back. Then half of it, and so on: an engine
+// cannot go on without a table.
+void createLargestTableUpTo(u64 buckets) {
+    for (u64 size = buckets; size > 0; size /= 2) {
+        try {
+            sharedTableId = -1;
+            setHashBuckets(static_cast<i64>(size));
+            createHashTable();
+            if (size < buckets) sendText("info string No memory for the hash table as it was, using less\n");
+            return;
+        } catch (const std::string&) {
+        }
+    }
+    sendText("There is no memory for any hash table. Exiting now...\n");
+    engineServices->quit(1);
+}
+
 std::string cacheSizeLine(const char* start) {
     return formatText("%s%i MB\n", start, TBCacheSize >> 20);
 }
@@ -97,9 +114,7 @@ void applyHash(Parameter&, std::string_view value) {
         createHashTable();
     } catch (const std::string& text) {
         sendText(text + "\n");
-        sharedTableId = -1;
-        setHashBuckets(static_cast<i64>(before));
-        createHashTable();
+        createLargestTableUpTo(before);
     }
     reportHashTable();
     createLocalClients();
@@ -134,7 +149,7 @@ void applyNumber(Parameter& parameter, std::string_view value) {
 
 void applyTBDistance(Parameter&, std::string_view value) {
     if (largestTbMen != 0) return;
-    TBdistance = std::clamp(readNumber(value), 0, 1000);
+    TBdistance = readNumber(value);
     reportSettings();
 }
 
@@ -163,7 +178,7 @@ void applyNalimovCache(Parameter&, std::string_view value) {
 void applyCpus(Parameter&, std::string_view value) {
     if (processRole != roleRoot && processRole != roleRemoteServer) return;
     const i32 clients = std::clamp(readNumber(value), 1, maxSearchProcesses) - 1;
-    if (clients == numberOfLocalClients) return;
+    if (clients == numberOfLocalClients && clients == localClientCount()) return;
     quitLocalClients();
     numberOfLocalClients = clients;
     createLocalClients();

@@ -3,7 +3,7 @@
 #include <string_view>
 
 // What the UCI options do. Each takes its row of the parameter table and the value's text; the engine is
-// idle.
+// idle, unless the row says that it need not be.
 
 namespace valku {
 

@@ -1,6 +1,7 @@
 #include "protocol/parameters.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -63,11 +64,16 @@ void storeListenAddress(std::string_view value) {
     cutPath(value, listenAddress);
 }
 
+void storeAcceptFrom(std::string_view value) {
+    acceptFrom(value.substr(0, value.find_last_not_of("\r\n") + 1));
+}
+
 void storePeer(std::string_view value) {
     const std::size_t colon = value.find(':');
     if (colon == std::string_view::npos) return;
     const i32 port = readNumber(value.substr(colon + 1));
-    if (port > 0) addRemotePeer(std::string(value.substr(0, colon)), static_cast<u16>(port));
+    if (port > 0 && port <= std::numeric_limits<u16>::max())
+        addRemotePeer(std::string(value.substr(0, colon)), static_cast<u16>(port));
 }
 
 constexpr std::string_view percent = "type spin default 100 min 25 max 400";
@@ -95,6 +101,12 @@ constexpr Parameter stored(std::string_view key, SettingCheck check, void (*stor
 constexpr Parameter optionOnly(std::string_view option, int place, std::string_view declaration,
                                void (*apply)(Parameter&, std::string_view), i32* target = nullptr) {
     return {{}, any, target, nullptr, option, place, declaration, apply};
+}
+
+// An option that may be set in the middle of a search.
+constexpr Parameter anyTime(Parameter parameter) {
+    parameter.needsIdleEngine = false;
+    return parameter;
 }
 
 // clang-format off
@@ -133,15 +145,15 @@ Parameter table[] = {
     number("fewMovesExtValue2", nonNegative, &storedSettings.fewMovesExtValue2),
     number("selectivity1", nonNegative, &storedSettings.selectivity1),
     number("selectivity2", nonNegative, &storedSettings.selectivity2),
-    number("quickPlay", SettingCheck::positive, &quickPlay),
+    number("quickPlay", SettingCheck::positiveOrNone, &quickPlay),
     shared("numberOfLocalClients", SettingCheck::positive, &numberOfLocalClients,
            "CPUs", 20, "type spin default 1 min 1 max 128", applyCpus),
     stored("remoteClient", SettingCheck::peer, storePeer),
     stored("minNodesRemoteSearch", any, storeMinNodes),
     number("minDepthRemoteSearch", any, &storedSettings.minDepthRemoteSearch),
     shared("kingSafety", any, &kingSafety, "KingSafety", 16, "type spin default 100 min 1 max 999", applyKingSafety),
-    shared("dummy2", any, &storedSettings.dummy2, "Dummy2", 0, {}, applyNumber),
-    shared("dummy3", any, &storedSettings.dummy3, "Dummy3", 0, {}, applyNumber),
+    anyTime(shared("dummy2", any, &storedSettings.dummy2, "Dummy2", 0, {}, applyNumber)),
+    anyTime(shared("dummy3", any, &storedSettings.dummy3, "Dummy3", 0, {}, applyNumber)),
     shared("TBdistance", nonNegative, &TBdistance, "TBDistance", 7, "type spin default 8 min 1 max 99", applyTBDistance),
     shared("TBCacheSize", nonNegative, &TBCacheSize,
            "NalimovCache", 6, "type spin default 1 min 1 max 32", applyNalimovCache),
@@ -159,28 +171,37 @@ Parameter table[] = {
     number("weightG", nonNegative, &bookWeights[int{'g'}]),
     number("showCurrentMove", any, &storedSettings.showCurrentMove),
     number("resignValue", nonNegative, &resignValue),
-    stored("writeLogFile", any, storeLogging,
-           "WriteLog", 19, "type check default false", applyWriteLog),
+    anyTime(stored("writeLogFile", any, storeLogging,
+           "WriteLog", 19, "type check default false", applyWriteLog)),
     stored("listenAddress", SettingCheck::text, storeListenAddress),
+    stored("acceptFrom", SettingCheck::text, storeAcceptFrom),
 
     optionOnly("UCI_SetPositionValue", 2, "type string", applyPositionValue),
     optionOnly("UCI_Chess960", 3, "type check default false", applyChess960),
     optionOnly("Ponder", 4, "type check default false", nullptr),  // pondering follows `go ponder` alone
     optionOnly("TwoKnightsMalus", 8, percent, applyWeight, &twoKnightsMalus),
-    optionOnly("BestBookMovesOnly", 15, "type check default true", applyBestBookMovesOnly),
-    optionOnly("PreserveHash", 18, "type check default true", applyPreserveHash),
+    anyTime(optionOnly("BestBookMovesOnly", 15, "type check default true", applyBestBookMovesOnly)),
+    anyTime(optionOnly("PreserveHash", 18, "type check default true", applyPreserveHash)),
     optionOnly("ClearHash", 21, "type button", applyClearHash),
     optionOnly("ArenaChess960", 0, {}, applyArenaChess960),
     optionOnly("ReactionOnShowEval", 0, {}, nullptr),
 };
 // clang-format on
 
+// What is not added up: a size, a distance that is only compared, and a percentage whose table is bounded.
+bool mayBeAnything(const Parameter& parameter) {
+    return parameter.target == &TBCacheSize || parameter.target == &TBdistance ||
+           parameter.target == &kingSafety;
+}
+
 void storeNumber(const Parameter& parameter, std::string_view value) {
     const i32 given = readNumber(value);
-    const bool isSize = parameter.target == &TBCacheSize;
-    const i32 taken = isSize ? given : std::clamp(given, -largestSetting, largestSetting);
+    const i32 taken = mayBeAnything(parameter) ? given : std::clamp(given, -largestSetting, largestSetting);
     switch (parameter.check) {
         case SettingCheck::positive:
+            if (taken > 0) *parameter.target = taken;
+            break;
+        case SettingCheck::positiveOrNone:
             *parameter.target = std::max(taken, 0);
             break;
         case SettingCheck::nonNegative:
@@ -233,6 +254,12 @@ void applySettingsLine(std::string_view line) {
             storeNumber(parameter, value);
         }
     }
+}
+
+bool needsIdleEngine(std::string_view option) {
+    return std::any_of(std::begin(table), std::end(table), [&](const Parameter& parameter) {
+        return parameter.option == option && parameter.applyOption && parameter.needsIdleEngine;
+    });
 }
 
 void setOption(std::string_view name, std::string_view value) {

@@ -12,8 +12,9 @@ namespace valku {
 
 enum class SettingCheck {
     any,
-    positive,     // other values give 0
-    nonNegative,  // other values leave the default in place
+    positive,  // this and the next: other values leave what was there
+    nonNegative,
+    positiveOrNone,  // other values give 0
     nonZero,
     text,
     peer,  // host:port
@@ -30,6 +31,8 @@ struct Parameter {
     std::string_view declaration;  // what follows the option's name
     void (*applyOption)(Parameter& parameter, std::string_view value);
 
+    bool needsIdleEngine = true;  // to set the option: a running search reads what it sets
+
     i32 standard = 0;  // the default of `target`, taken before anything is set
 };
 
@@ -42,7 +45,10 @@ std::string optionDeclarations();
 // Takes one line of settings.ini: every key that stands anywhere in it is tried.
 void applySettingsLine(std::string_view line);
 
-// setoption. An unknown name does nothing. The engine must be idle.
+// False if setoption with that name touches nothing that a running search reads, as with an unknown name.
+bool needsIdleEngine(std::string_view option);
+
+// setoption. An unknown name does nothing. The engine must be idle if needsIdleEngine() says so.
 void setOption(std::string_view name, std::string_view value);
 
 // Values that have no other home. No rule reads the ones that are only stored.

@@ -46,6 +46,7 @@ void sendUciIdentification() {
 
 void isReady() {
     if (processRole == roleRoot) {
+        isSettled();  // what follows an answer is waited for, so that it does not delay the next search
         while (!searchRunning && !readyForGo) sleepMilliseconds(1);
     }
     sendText("readyok\n");

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/shared_memory.h"
+#include "search/search_control.h"
 #include "search/shared_pointer_table.h"
 #include "search/stop_word.h"
 
@@ -16,7 +17,8 @@ u64 nHashTables = 2097152;
 u64 hashMask = 2097152 - 1;
 i32 sharedTableId = -1;
 u32 hashUsed = 0;
-bool PreserveHash = true;
+SharedFlag PreserveHash{true};
+HashReadiness hashReadiness = HashReadiness::none;
 
 namespace {
 
@@ -102,7 +104,7 @@ HashEntry* findVictim(HashBucket& bucket, u32 hashHigh, i32 score, i32 depth) {
 template <class Bound, class OtherBound>
 [[gnu::always_inline]] inline void storeBound(int ply, u32 hashHigh, u32 hashLow, i32 score, i32 depth,
                                               Move move, int fiftyMoves, i32 mobility) {
-    if (searchStopped()) return;
+    if (isStopWanted()) return;
     if (Bound::isProvedMate(score)) depth = mateDepth;
     if (score >= mateThreshold) {
         score += ply;
@@ -123,13 +125,25 @@ template <class Bound, class OtherBound>
     setLock(*victim, 0);
 }
 
+// A walk over a large table takes longer than the end of the process may be kept waiting.
 template <class Action>
 void forEachUnpinned(Action action) {
+    constexpr u64 bucketsPerLook = u64{1} << 16;
     for (u64 i = 0; i < nHashTables; ++i) {
+        if (i % bucketsPerLook == 0 && shutDownBegun) return;
         for (HashEntry& entry : hashTable[i].entries) {
             if (entry.lowerDepth != pinnedDepth) action(entry);
         }
     }
+}
+
+// An entry that stays what it is is not written.
+void age(HashEntry& entry) {
+    constexpr u8 marks = HashEntry::usedFlag | HashEntry::wasUsedFlag;
+    if (!(entry.flags & marks)) return;
+    const u8 wasUsed = entry.flags & HashEntry::usedFlag ? HashEntry::wasUsedFlag : u8{0};
+    const u8 aged = static_cast<u8>((entry.flags & ~marks) | wasUsed);
+    if (entry.flags != aged) entry.flags = aged;
 }
 
 HashEntry& firstEntryOf(const Position& position) {
@@ -164,20 +178,29 @@ bool openTable() {
         return false;
     }
     hashTable = static_cast<HashBucket*>(memory);
+    hashReadiness = HashReadiness::none;  // others write to it too
     clearHashTable();
     return true;
 }
 
-// Takes the first number that nobody has, not even in the moment between the look and the creation.
+// Clears a new table. The system gives each page when it is first written: now, and not on the clock of the
+// first search that gets there.
+void writeAll() {
+    forEachUnpinned([](HashEntry& entry) { entry.flags = 0, entry.check = 0; });
+}
+
+// Takes the first number that nobody has, not even in the moment between the look and the creation. The
+// tables of other engines are not opened for it: there may be no room for them here.
 void createTable() {
     SharedMemory::removeStale(firstTableId, idsInUse);
     constexpr u64 tooManyBuckets = u64{1} << 32;
     const u64 size = std::min(nHashTables, tooManyBuckets) * sizeof(HashBucket);
     for (sharedTableId = firstTableId;; ++sharedTableId) {
-        if (openSharedPointer()) {
-            clearSharedPointer(sharedTableId);
-        } else if (void* const memory = createSharedPointer(size)) {
+        if (isSharedPointerOpen(sharedTableId)) continue;
+        if (void* const memory = createSharedPointer(size)) {
             hashTable = static_cast<HashBucket*>(memory);
+            hashReadiness = HashReadiness::cleared;
+            writeAll();
             return;
         }
     }
@@ -207,18 +230,13 @@ void releaseHashTable() {
 
 void clearHashTable() {
     forEachUnpinned([](HashEntry& entry) {
-        // A table that was never written stays untouched, page by page.
-        if (entry.flags & HashEntry::usedFlag)
-            entry.flags = static_cast<u8>(entry.flags & ~HashEntry::usedFlag);
+        age(entry);
         if (entry.check) entry.check = 0;
     });
 }
 
 void ageHashTable() {
-    forEachUnpinned([](HashEntry& entry) {
-        if (entry.flags & HashEntry::usedFlag)
-            entry.flags = static_cast<u8>(entry.flags & ~HashEntry::usedFlag);
-    });
+    forEachUnpinned(age);
 }
 
 u32 hashFull() {
@@ -259,6 +277,11 @@ void storeUpperBound(int ply, u32 hashHigh, u32 hashLow, i32 score, i32 depth, M
 void pinPosition(const Position& position, i32 value) {
     const i32 score = position.sideToMove == White ? value : -value;
     HashEntry& entry = firstEntryOf(position);
+    // The mark that the entry got in the last search stays with it, whether the table has been aged since or
+    // is yet to be.
+    const bool marked = entry.flags & HashEntry::usedFlag ||
+                        (hashReadiness != HashReadiness::none && entry.flags & HashEntry::wasUsedFlag);
+    entry.flags = static_cast<u8>(entry.fiftyMargin() * 8 + (marked ? HashEntry::usedFlag : 0));
     entry.check = position.state->hashHigh;
     entry.lowerScore = entry.upperScore = static_cast<i16>(std::clamp(score, -mateScore, mateScore));
     entry.lowerDepth = entry.upperDepth = pinnedDepth;
@@ -267,7 +290,7 @@ void pinPosition(const Position& position, i32 value) {
 
 void unpinPosition(const Position& position) {
     HashEntry& entry = firstEntryOf(position);
-    entry.flags = static_cast<u8>(entry.flags & ~HashEntry::usedFlag);
+    entry.flags = static_cast<u8>(entry.fiftyMargin() * 8);
     entry.check = 0;
     entry.lowerDepth = 0;
     entry.upperDepth = 0;

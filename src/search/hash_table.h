@@ -1,6 +1,7 @@
 #pragma once
 
 #include "chess/position.h"
+#include "platform/shared_value.h"
 #include "search/search_types.h"
 
 // The transposition table. It lies in shared memory, where child processes read and write it too. No process
@@ -25,11 +26,12 @@ struct HashEntry {
     u8 lowerDepth;  // quarter plies
     u8 upperDepth;
     u8 mobility;  // low 8 bits of the side to move's mobility
-    u8 flags;     // usedFlag, and the fifty margin in bits 3 to 5
+    u8 flags;     // usedFlag, wasUsedFlag, and the fifty margin in bits 3 to 5
     u8 lock;      // 1 while a writer is at work
     u8 unused[3];
 
-    static constexpr u8 usedFlag = 2;  // stored or found in the current search
+    static constexpr u8 usedFlag = 2;     // stored or found in the current search
+    static constexpr u8 wasUsedFlag = 1;  // had the used mark when the last walk took it away
 
     int fiftyMargin() const { return (flags >> 3) & 7; }
 };
@@ -41,11 +43,17 @@ struct HashBucket {
 static_assert(sizeof(HashEntry) == 24 && sizeof(HashBucket) == 48, "the layout is shared between processes");
 
 extern HashBucket* hashTable;
-extern u64 nHashTables;    // buckets, a power of two
-extern u64 hashMask;       // nHashTables - 1
-extern i32 sharedTableId;  // names the shared memory; -1 before there is one
-extern u32 hashUsed;       // entries that this process has marked used since the search was prepared
-extern bool PreserveHash;  // keep the tables from one search to the next
+extern u64 nHashTables;          // buckets, a power of two
+extern u64 hashMask;             // nHashTables - 1
+extern i32 sharedTableId;        // names the shared memory; -1 before there is one
+extern u32 hashUsed;             // entries that this process has marked used since the search was prepared
+extern SharedFlag PreserveHash;  // keep the tables from one search to the next
+
+// What has been done ahead for the next search, in the time when nobody thinks. Only ever more than nothing
+// in the process that owns the table, and only while nobody has written to the table since. Written by the
+// thread that prepares the searches, and by whoever makes a table while there is none.
+enum class HashReadiness { none, aged, cleared };
+extern HashReadiness hashReadiness;
 
 // A table's size from the mebibytes that a user asks for: the largest power of two of buckets that fits.
 u64 bucketsForMegabytes(i64 megabytes);
@@ -56,9 +64,10 @@ u64 floorPowerOfTwo(i64 x);
 // Rounds down to a power of two. For the next table to be created.
 void setHashBuckets(i64 buckets);
 
-// Creates the table under the first free id, all zero, or opens and clears the one of sharedTableId when that
-// is given; false if there is none to open. Failures of the memory are thrown as std::string. Only while no
-// search runs; the same goes for the next three.
+// Creates the table under the first free id, all zero and every page of it in memory, or opens and clears the
+// one of sharedTableId when that is given; false if there is none to open. Failures of the memory are thrown
+// as std::string. Only while no search runs; the same goes for the next three. The walks over the table leave
+// off when the process is about to end.
 bool createHashTable();
 void releaseHashTable();
 void clearHashTable();

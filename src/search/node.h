@@ -33,9 +33,10 @@ namespace valku {
     return evaluateForSideToMove();
 }
 
-// Asks the tables where the remaining depth (quarter plies) allows it. True with the score of the node.
+// Asks the tables where the remaining depth (quarter plies, rounded down to plies: any TBdistance is safe to
+// compare with those) allows it. True with the score of the node.
 [[gnu::always_inline]] inline bool probeTables(int ply, i32 depth, i32& score) {
-    if (searchPosition.whiteMen + searchPosition.blackMen > largestTbMen || TBdistance * 4 > depth)
+    if (searchPosition.whiteMen + searchPosition.blackMen > largestTbMen || TBdistance > (depth >> 2))
         return false;
     ++tbProbes;
     if (!tablebaseProbe(ply, &score, searchPosition)) return false;

@@ -43,6 +43,8 @@ void halt(const i32* number) {
     awaitSearchEnd();
 }
 
+SharedFlag tableWorkRunning{false};
+
 constexpr u32 idlePollMs = 20;
 
 // idleEvent can carry a signal of an earlier cycle, so the flag decides. The time limit lets the caller look
@@ -70,6 +72,17 @@ bool announceSearch() {
     return searchRunning;
 }
 
+// The same two looks.
+void workOnTables(void (*work)()) {
+    tableWorkRunning = true;
+    if (!shutDownBegun) work();
+    tableWorkRunning = false;
+}
+
+bool areTablesInUse() {
+    return searchRunning || tableWorkRunning;
+}
+
 void requestSearch() {
     if (processRole != roleRoot) return;  // nobody there to think
     forgetOldStops();
@@ -88,6 +101,16 @@ void expectSearchEnd() {
 void awaitSearchEnd() {
     stopAckEvent.wait();
     stopAckWanted = false;
+}
+
+bool awaitSearchEnd(u32 milliseconds) {
+    if (!stopAckEvent.waitFor(milliseconds)) return false;
+    stopAckWanted = false;
+    return true;
+}
+
+void hastenSearchEnd() {
+    setStop(stopFromOutside);
 }
 
 void haltSearch() {
@@ -193,10 +216,11 @@ void finishAtEndOfInput() {
 }
 
 void endSearchForShutDown() {
-    constexpr int patienceMs = 2000;
+    constexpr double patience = 2.0;
+    static const double end = steadySeconds() + patience;
     shutDownBegun = true;
     noAutoPonder = true;
-    for (int waited = 0; searchRunning && waited < patienceMs; ++waited) {
+    while (areTablesInUse() && steadySeconds() < end) {
         abortThinking = true;
         setStop(stopFromOutside);
         sleepMilliseconds(1);

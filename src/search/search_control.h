@@ -39,13 +39,27 @@ void finishAtEndOfInput();
 // search that is announced in time is waited for.
 bool announceSearch();
 
-// Ends a running search so that its tables can be given back; waits for at most two seconds. Any thread.
+// Ends a running search, or work on its tables, so that they can be given back; all calls together wait for
+// at most two seconds. Any thread.
 void endSearchForShutDown();
+
+// Whether somebody searches or works on the tables.
+bool areTablesInUse();
+
+// The thinking thread's side: work on the tables of a search that has ended. The end of the process waits for
+// it, so it has to leave off when shutDownBegun is set; nothing is done if it is set already.
+void workOnTables(void (*work)());
 
 // The two together run a search and wait for its end: the first before the request, so that the end of a very
 // short search is not missed. In between nobody else may wait for an end.
 void expectSearchEnd();
 void awaitSearchEnd();
+
+// The same for at most so many milliseconds; the end is still wanted then. True at the end.
+bool awaitSearchEnd(u32 milliseconds);
+
+// Tells the running search to end where it stands, with its answer; does not wait for that.
+void hastenSearchEnd();
 
 // gamePosition during a search: changeGame on the thinking thread, copyGame on any other that cannot be sure
 // of the search's end. While a ponder search runs, gamePosition stands still.

@@ -44,6 +44,9 @@ struct SearchPorts {
     // Tells every search process that a new search begins.
     void (*prepareSearches)();
 
+    // Does ahead what the next search needs of the tables, after a search whose answer is out.
+    void (*prepareAhead)();
+
     // Runs the job of one root move: `position` has the move made; the window, the depth (quarter plies) and
     // the result are from the view of the side to move there.
     SearchResult (*splitRootSearch)(const Position& position, i32 alpha, i32 beta, i32 depth, bool zws);

@@ -48,13 +48,17 @@ void* openSharedPointer() {
     }
 }
 
+bool isSharedPointerOpen(i32 id) {
+    return sharedPointers().contains(id);
+}
+
 u64 sharedPointerSize(i32 id) {
     return sharedPointers().at(id).memory.size();
 }
 
 void* createSharedPointer(u64 size) {
     if (size >= u64{1} << 32) throw std::string("Error in createSharedPointer: size >= 2^32 !");
-    if (sharedPointers().contains(sharedTableId)) {
+    if (isSharedPointerOpen(sharedTableId)) {
         throw "Error in createSharedPointer: there is already a handle for id " +
             std::to_string(sharedTableId) + "!";
     }

@@ -11,6 +11,8 @@ namespace valku {
 // The address of the block named by sharedTableId, or null if there is no such block.
 void* openSharedPointer();
 
+bool isSharedPointerOpen(i32 id);
+
 // The size in bytes of a block that is open here.
 u64 sharedPointerSize(i32 id);
 

@@ -16,8 +16,24 @@ enum StopByte : u32 {
 
 extern std::atomic<u32> stopWord;
 
+// No reason to stop: another thread wants the searching one to do something between two nodes.
+constexpr u32 searchInterrupt = 0xFF000000;
+
+// Does what is wanted; on the searching thread.
+[[gnu::cold]] void serveInterrupt();
+
+// Without a look at interrupts: for places in the middle of a node.
+inline bool isStopWanted() {
+    return (stopWord.load(std::memory_order_relaxed) & ~searchInterrupt) != 0;
+}
+
+// Between nodes, on the searching thread.
 inline bool searchStopped() {
-    return stopWord.load(std::memory_order_relaxed) != 0;
+    if (stopWord.load(std::memory_order_relaxed) == 0) [[likely]]
+        return false;
+    if (isStopWanted()) return true;
+    serveInterrupt();
+    return false;
 }
 
 // A stop of the whole search, as against the stop of one racer.

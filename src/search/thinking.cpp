@@ -51,6 +51,7 @@ struct Deepening {
     }
 
     void setWindow(i32 depth) const;
+    void waitAtDepthLimit() const;
     i32 searchIteration(i32 depth, double& nextExtension);
     void shrinkSchedule(i32 score);
     void judgeStability();
@@ -79,6 +80,14 @@ void Deepening::setWindow(i32 depth) const {
     const i32 earlierStep = std::abs(scores[depth - 2] - scores[depth - 3]);
     const i32 lastStep = std::abs(scores[depth - 1] - scores[depth - 2]);
     aspirationWindow = std::clamp(earlierStep / 2 + lastStep, 20, 30);
+}
+
+// At its depth limit an analysis has said what it has to say, and stays on until it is ended. A ponder search
+// repeats its last iteration.
+void Deepening::waitAtDepthLimit() const {
+    minimalSearchPending = false;  // it will get no deeper
+    if (pondering) sleepMilliseconds(100);
+    while (isEndless() && !pondering && !searchStopped()) sleepMilliseconds(1);
 }
 
 // One iteration, repeated with a lower window as long as it fails low. Fail highs are handled inside.
@@ -133,8 +142,8 @@ void Deepening::run() {
         timeFactor = baseTimeFactor;
         double nextExtension = 1.0;
         if (depth > depthLimit) {
-            minimalSearchPending = false;  // it will get no deeper
-            sleepMilliseconds(100);
+            waitAtDepthLimit();
+            if (!pondering) return;
             depth = depthLimit;
         }
 
@@ -179,9 +188,10 @@ Move findFirstLegalMove() {
 }
 
 void prepareTables() {
+    const bool cleared = hashReadiness == HashReadiness::cleared;
     searchPorts.prepareSearches();
     if (PreserveHash) return;
-    clearHashTable();
+    if (!cleared) clearHashTable();
     clearPawnTable();
 }
 
@@ -211,7 +221,7 @@ void playBestMove() {
 // The expected reply ends the game. The state stays that of a ponder search until the reply comes or another.
 void awaitEndOfPondering() {
     minimalSearchPending = false;
-    while (pondering && protocolMode != protocolUci && !stopSignalOutside()) sleepMilliseconds(1);
+    while (pondering && protocolMode != protocolUci && !searchStopped()) sleepMilliseconds(1);
 }
 
 }  // namespace
@@ -277,6 +287,7 @@ void runThinkingCycle() {
             } else {
                 think(maxDepth, unlimitedSeconds);
             }
+            workOnTables(searchPorts.prepareAhead);
             // Behind a ponder search that was stopped, the taking back is still to come.
             if (easyMode || protocolMode == protocolUci || noAutoPonder || pondering) break;
             if (mainLine.moves[1] == nullMove) break;

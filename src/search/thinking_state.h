@@ -38,7 +38,7 @@ extern SharedFlag easyMode;              // no self-pondering
 extern SharedFlag fritzMode;             // "hard" has no effect
 extern SharedNumber maxDepth;            // plies; of searches that are not timed
 
-// maxDepth of an analysis. It does not end there by itself, but repeats its last iteration.
+// maxDepth of an analysis. It does not end there by itself, but waits.
 constexpr i32 analysisDepth = 100;
 
 enum EngineSide : int { engineWhite = 0, engineBlack = 1, engineNone = 2 };

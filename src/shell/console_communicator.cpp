@@ -1,11 +1,14 @@
 #include "shell/console_communicator.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "platform/clock.h"
+#include "platform/process.h"
 #include "platform/raw_io.h"
 #include "protocol/dispatcher.h"
 #include "protocol/engine_services.h"
+#include "search/process_state.h"
 #include "search/search_control.h"
 
 namespace valku {
@@ -13,6 +16,8 @@ namespace valku {
 ConsoleCommunicator communicator;
 
 namespace {
+
+constexpr int patienceMs = 1000;
 
 constexpr const char* directionPrefix(TextDirection direction) {
     switch (direction) {
@@ -25,19 +30,15 @@ constexpr const char* directionPrefix(TextDirection direction) {
     }
 }
 
-// The first numbered name that is not taken.
-std::string freeLogName() {
-    for (int number = 1;; ++number) {
-        const std::string name = "valkucom" + std::to_string(number) + ".log";
-        if (!std::ifstream(name)) return name;
-    }
-}
-
 }  // namespace
 
 bool ConsoleCommunicator::readLine(std::string& line) {
     if (port != 0) return peer.readLine(line);
     if (!standardInput().readLine(line)) return false;
+    if (standardInput().wasCut()) {
+        refuseLongLine();
+        line.clear();
+    }
     // Interfaces of other systems close a line with two characters.
     if (!line.empty() && line.back() == '\r') line.pop_back();
     return true;
@@ -54,32 +55,88 @@ void ConsoleCommunicator::run() {
         const std::lock_guard lock(commandMutex);
         dispatch(line);
     }
+    inputEnded = true;
     finishAtEndOfInput();
     engineServices->quit();
 }
 
 void ConsoleCommunicator::send(std::string_view text, TextDirection direction, bool writeOut) {
+    // The log does not wait for a reader of the output.
+    if (!writeOut) return log(text, direction);
     const std::lock_guard lock(outputMutex);
-    if (writeOut && peer.isOpen()) peer.send(text);
-    if (writeOut) writeStandardOutput(text);
-    if (logEnabled) log(text, direction);
+    if (peer.isOpen()) peer.send(text);
+    write(text);
+    log(text, direction);
 }
 
 void ConsoleCommunicator::status(std::string_view text) {
     const std::lock_guard lock(outputMutex);
-    writeStandardOutput(text);
-    if (logEnabled) log(text, TextDirection::internal);
+    write(text);
+    log(text, TextDirection::internal);
+}
+
+void ConsoleCommunicator::farewell(std::string_view text) {
+    if (rolePort != 0) return onlookers.tell(text);
+    const std::unique_lock lock = lockWithin(outputMutex, patienceMs);
+    if (lock) writeStandardOutput(text, patienceMs);
+}
+
+void ConsoleCommunicator::awaitOnlookers() {
+    onlookers.awaitEnd(patienceMs);
+}
+
+bool ConsoleCommunicator::hasInputEnded() const {
+    return inputEnded || standardInputIsOrphaned();
+}
+
+// No command, and no part of one.
+void ConsoleCommunicator::refuseLongLine() {
+    std::string text = "Error: ";
+    if (protocolMode == protocolXboard) text = "tellusererror ";
+    if (protocolMode == protocolUci) text = "info string Error: ";
+    text += "a line of more than " + std::to_string(longestInputLine) + " characters is passed over\n";
+    // The parent of a child expects nothing but answers.
+    send(text, TextDirection::sent, processRole == roleRoot);
+}
+
+// In pieces, so that a slow reader of a long text can be told from one that does not read.
+void ConsoleCommunicator::write(std::string_view text) {
+    if (rolePort != 0) return onlookers.tell(text);
+    constexpr std::size_t longestPiece = 16384;
+    writing = true;
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), longestPiece))) {
+        writeStandardOutput(text.substr(0, longestPiece));
+        written = written + 1;
+    }
+    writing = false;
 }
 
 void ConsoleCommunicator::log(std::string_view text, TextDirection direction) {
-    if (!logStream.is_open()) logStream.open(freeLogName());
-    logStream << directionPrefix(direction) << timeOfDay().seconds << ":\n" << text << '\n' << std::flush;
+    if (!logEnabled) return;
+    const std::lock_guard lock(logMutex);
+    if (!logEnabled) return;
+    std::string entry = directionPrefix(direction) + std::to_string(timeOfDay().seconds) + ":\n";
+    entry.append(text).append("\n");
+    if (openLog() && logFile.write(entry)) return;
+    logFile.close();
+    logEnabled = false;
+    // The parent of a child would take this for an answer.
+    if (processRole != roleLocalClient) writeErrorOutput("valku: the log cannot be written\n", patienceMs);
+}
+
+// Takes the first number that is free.
+bool ConsoleCommunicator::openLog() {
+    NewFile::Result result = logFile.isOpen() ? NewFile::Result::done : NewFile::Result::taken;
+    for (int number = 1; result == NewFile::Result::taken; ++number) {
+        result = logFile.create("valkucom" + std::to_string(number) + ".log");
+    }
+    return result == NewFile::Result::done;
 }
 
 void ConsoleCommunicator::setLogging(bool on) {
-    const std::lock_guard lock(outputMutex);
+    const std::lock_guard lock(logMutex);
     logEnabled = on;
-    if (!on && logStream.is_open()) logStream.close();
+    if (!on) logFile.close();
 }
 
 std::string ConsoleCommunicator::readWord() {

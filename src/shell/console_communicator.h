@@ -1,13 +1,15 @@
 #pragma once
 
 #include <atomic>
-#include <fstream>
 #include <string>
 #include <string_view>
 
 #include "platform/mutex.h"
+#include "platform/new_file.h"
+#include "platform/shared_value.h"
 #include "platform/thread.h"
 #include "search/output.h"
+#include "shell/onlookers.h"
 #include "shell/peer_connection.h"
 
 namespace valku {
@@ -26,16 +28,32 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     // The port to listen on; 0, as at first, for standard input. Before `run`.
     void setPort(u16 number) { port = number; }
 
+    // Has somebody called at the port? Any thread.
+    bool hasCaller() const { return peer.isOpen(); }
+
     void send(std::string_view text) override { send(text, TextDirection::sent, true); }
 
-    // `writeOut` false: the text goes to the log only. One system write, under the output mutex.
+    // `writeOut` false: the text goes to the log only. One system write, under the output mutex. Waits as
+    // long as nobody reads.
     void send(std::string_view text, TextDirection direction, bool writeOut);
 
     bool keepsNotes() const override { return logEnabled; }
     void note(std::string_view text) override { send(text, TextDirection::internal, false); }
     void status(std::string_view text) override;
 
-    // The file is opened by the first text that is logged after switching on; each time a new one.
+    // The last words of a process. What stands in the way of them is waited for, but not for ever.
+    void farewell(std::string_view text);
+    void awaitOnlookers();
+
+    // How much has been taken from us, and whether something is waiting for that: text that nobody reads.
+    u32 piecesWritten() const { return written; }
+    bool isWriting() const { return writing; }
+
+    // True once the input has ended; what came before may not have been carried out yet.
+    bool hasInputEnded() const;
+
+    // The file is opened by the first text that is logged after switching on; each time a new one. A log that
+    // cannot be written is switched off.
     void setLogging(bool on);
     bool isLogging() const { return logEnabled; }
 
@@ -47,13 +65,21 @@ class ConsoleCommunicator final : public Thread, public TextSink {
 
   private:
     bool readLine(std::string& line);
+    void refuseLongLine();
+    void write(std::string_view text);
     void log(std::string_view text, TextDirection direction);
+    bool openLog();
 
     u16 port = 0;
     PeerConnection peer;
     std::atomic<bool> logEnabled{false};
-    Mutex outputMutex;
-    std::ofstream logStream;
+    Mutex outputMutex;  // may be held for as long as nobody reads
+    Mutex logMutex;     // the last one that anybody takes, and never held for long
+    NewFile logFile;
+    Onlookers onlookers;
+    SharedFlag inputEnded{false};
+    SharedFlag writing{false};  // by whoever has the output mutex, as the next
+    SharedValue<u32> written{0};
 };
 
 extern ConsoleCommunicator communicator;

@@ -22,6 +22,7 @@
 #include "platform/shared_value.h"
 #include "platform/signals.h"
 #include "protocol/board_output.h"
+#include "protocol/dispatcher.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/game_snapshot.h"
@@ -54,11 +55,24 @@ void shutDownProcess() {
     quitAllClients();
     endSearchForShutDown();
     try {
-        if (!searchRunning) releaseHashTable();
+        if (!areTablesInUse()) releaseHashTable();
     } catch (const std::string& text) {
-        sendText(text + "\n");
+        communicator.farewell(text + "\n");
     }
+    noteRefusedLines();
     communicator.setLogging(false);
+}
+
+// Set when the game stands and commands may come.
+SharedFlag startedUp{false};
+
+// Whoever comes second leaves the end of the process to the first, unless that takes too long. The lock is
+// never given back. A start that is broken off has nothing to shut down that does not go with the process.
+void shutDownOnce() {
+    constexpr int patienceMs = 10000;
+    static Mutex ending;
+    if (startedUp && lockWithin(ending, patienceMs).release()) shutDownProcess();
+    communicator.awaitOnlookers();
 }
 
 class Shell final : public EngineServices {
@@ -66,40 +80,28 @@ class Shell final : public EngineServices {
     void setLogging(bool on) override { communicator.setLogging(on); }
     bool isLogging() const override { return communicator.isLogging(); }
     [[noreturn]] void quit(int exitCode) override {
-        shutDownProcess();
+        shutDownOnce();
         exitProcess(exitCode);
     }
 };
 
 Shell shell;
 
-// Set when the game stands and commands may come.
-SharedFlag startedUp{false};
-
-// Waits for the command that is being carried out, but not for ever.
-std::unique_lock<Mutex> holdCommands() {
-    constexpr int patienceMs = 1000;
-    std::unique_lock lock(communicator.commandMutex, std::try_to_lock);
-    for (int waited = 0; !lock && waited < patienceMs; ++waited) {
-        sleepMilliseconds(1);
-        lock.try_lock();
-    }
-    return lock;
-}
-
 // The break key leaves the engine running; after any other signal the system ends the process. No command is
 // begun any more from the moment on at which the board is told.
 void consoleControlHandler(int consoleSignal) {
     if (consoleSignal == consoleBreak) return;
     endSearchForShutDown();
-    const std::unique_lock lock = holdCommands();
+    constexpr int patienceMs = 1000;
+    const std::unique_lock lock = lockWithin(communicator.commandMutex, patienceMs);
     endSearchForShutDown();
     // What a child writes there its parent would take for an answer.
     if (processRole != roleLocalClient) {
-        writeStandardOutput("handler called with signal " + std::to_string(consoleSignal) + "\n");
-        if (startedUp && lock) writeStandardOutput("board: " + writeFen() + "\n");
+        std::string text = "handler called with signal " + std::to_string(consoleSignal) + "\n";
+        if (startedUp && lock) text += "board: " + writeFen() + "\n";
+        communicator.farewell(text);
     }
-    if (startedUp) shutDownProcess();
+    shutDownOnce();
 }
 
 // To the interface of a root process. The parent of any other one expects nothing but answers to its jobs.
@@ -115,24 +117,49 @@ void tell(const std::string& text) {
 void checkListenAddress() {
     if (rolePort == 0 || isListenAddressUsable()) return;
     communicator.status("Cannot listen on " + listenAddress + "\n");
-    exitProcess(1);
+    engineServices->quit(1);
 }
 
 // A child that is called over TCP does not read its standard input; that its maker is gone shows there all
-// the same.
+// the same. Whoever has called it by then keeps it: it ends with that connection. A child that nobody has
+// called goes with its maker.
 class MakerWatch final : public Thread {
   public:
     void run() override {
         std::string line;
         while (standardInput().readLine(line)) {
         }
-        engineServices->quit(0);
+        if (!communicator.hasCaller()) engineServices->quit(0);
     }
 };
 
 void watchMaker() {
     if (processRole != roleRemoteClient || !standardInputIsPipe()) return;
     static MakerWatch watch;
+    watch.start();
+}
+
+// An interface that has closed our input and reads no more is not coming back.
+class OutputWatch final : public Thread {
+  public:
+    void run() override {
+        constexpr u32 lookEveryMs = 250;
+        constexpr double patience = 5;
+        u32 seen = 0;
+        for (double since = steadySeconds(); steadySeconds() - since < patience;) {
+            sleepMilliseconds(lookEveryMs);
+            const bool stands = communicator.isWriting() && communicator.piecesWritten() == seen;
+            if (stands && communicator.hasInputEnded()) continue;
+            seen = communicator.piecesWritten();
+            since = steadySeconds();
+        }
+        engineServices->quit(0);
+    }
+};
+
+void watchOutput() {
+    if (processRole != roleRoot) return;
+    static OutputWatch watch;
     watch.start();
 }
 
@@ -174,6 +201,7 @@ void connectPorts() {
     searchPorts = {
         .observer = searchOutput(),
         .prepareSearches = prepareSearches,
+        .prepareAhead = [] { rootSearchProcess->prepareAhead(); },
         .splitRootSearch = splitRootSearch,
         .splitSearch = splitSearch,
         .tryBookMove = tryBookMove,
@@ -185,7 +213,7 @@ void createRootProcess(bool shareHash) {
         rootSearchProcess = std::make_unique<RootSearchProcess>(shareHash);
     } catch (const std::string& text) {
         tell(text + "\n");
-        exitProcess(1);
+        engineServices->quit(1);
     }
     enterProcess(*rootSearchProcess);
     reportHashTable(shareHash);
@@ -230,6 +258,7 @@ void engineMain(const CommandLine& commandLine) {
     engineServices = &shell;
     installConsoleSignalHandler(consoleControlHandler);
     applyCommandLine(commandLine);
+    watchOutput();
     initTables();
     detectProtocol();
     loadSettings();
@@ -238,7 +267,7 @@ void engineMain(const CommandLine& commandLine) {
     createRootProcess(commandLine.shareHash);
     createLocalClients();
     createRemoteClients();
-    loadBook();
+    if (processRole == roleRoot) loadBook();  // the others are never asked for a move of it
     resetGame();
     tbStartUp(TBPath);
     reportTablebases();

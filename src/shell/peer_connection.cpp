@@ -4,26 +4,31 @@
 #include <limits>
 
 #include "distributed/diagnostics.h"
-#include "distributed/peer_socket.h"
 #include "search/output.h"
 
 namespace valku {
 
 bool PeerConnection::awaitCaller(u16 port) {
-    while (listenAndAccept(listener, connection, port) != 0) {
+    while (listenAndAccept(doorkeeper.listener, connection, port) != 0) {
         appendDiagnostic(startErrors, "CC: could not listen on port " + std::to_string(port));
         if (port == std::numeric_limits<u16>::max()) return false;
         ++port;
     }
+    open = true;
     textSink->status("Socket created on port " + std::to_string(port) + "!\n");
+    doorkeeper.start();
     return true;
 }
 
 bool PeerConnection::readLine(std::string& line) {
-    while (!takeLine(line)) {
+    for (lost = 0;;) {
+        const bool isWhole = takeLine(line);
+        if (lost + (isWhole ? line.size() : end - position) > longestLine) break;
+        if (isWhole) return true;
         if (!receive()) return false;
     }
-    return true;
+    textSink->status("The caller sends a line without an end, and is left.\n");
+    return false;
 }
 
 bool PeerConnection::takeLine(std::string& line) {
@@ -44,6 +49,7 @@ bool PeerConnection::receive() {
     position = 0;
     if (end == buffer.size()) {
         textSink->status("ConsoleCommunicator::getLine(): Warning: buffer overrun detected!\n");
+        lost += end;
         end = 0;
     }
     const std::ptrdiff_t count = connection.receive(buffer.data() + end, buffer.size() - end);

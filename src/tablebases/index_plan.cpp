@@ -182,6 +182,53 @@ u64 measureRest(IndexPlan& plan) {
     return arrangements;
 }
 
+// Calls put(digit, which of its men, square) for all men of a slot group. The squares are as the group sees
+// them.
+template <class Put>
+void forEachOfGroup(const Digits& group, KingSquares kings, u64 number, Put put) {
+    u32 groupDigits[mostDigits];
+    for (int i = group.count - 1; i >= 0; --i)
+        groupDigits[i] = takeDigit(number, groupRadix(group.digits[i], kings));
+    u8 numbers[tbPlacesOfType];
+    const u32* digitNumber = groupDigits;
+    for (const Digit& digit : group) {
+        combinationOfNumber(*digitNumber++, numbers, digit.count);
+        for (u8 i = 0; i < digit.count; ++i) {
+            const bool afterKing = numbers[i] >= slot[digit.slotType][kings.other][kings.own];
+            put(digit, i, squareOfSlot[digit.slotType][kings.other][numbers[i] + afterKing]);
+        }
+    }
+}
+
+// Does one of the pieces check the other king, which stands to the right of them, along its rank?
+bool checksToTheRight(u64 straightMovers, u64 men, u8 otherKing) {
+    const u64 menToTheLeft = men & (bitOf(otherKing) - 1);
+    return menToTheLeft != 0 && (straightMovers & std::bit_floor(menToTheLeft)) != 0;
+}
+
+// How many arrangements of the moving pieces, at the end of those with the last pair of kings, d8 and h8, no
+// legal position has: two pieces are on one square, or a rook or queen gives check on the last rank. A piece
+// of the other side may stand on g8 and ward the check off.
+u64 uselessAtEnd(const KingPairs& pairs, const Digits& pieces, bool checkCanBeBlocked) {
+    const BaseSums& base = baseSumsOf(pairs, pieces);
+    const KingSquares kings = pairs.squares.back();
+    const u64 arrangements = base.back() - base[base.size() - 2];
+    const auto isUseless = [&](u64 number) {
+        u64 men = bitOf(kings.own) | bitOf(kings.other);
+        u64 straightMovers = 0;
+        bool apart = true;
+        forEachOfGroup(pieces, kings, number, [&](const Digit& digit, u8, u8 square) {
+            apart = apart && !(men & bitOf(square));
+            men |= bitOf(square);
+            if (digit.slotType == rookSlot || digit.slotType == queenSlot) straightMovers |= bitOf(square);
+        });
+        return !apart || (!checkCanBeBlocked && checksToTheRight(straightMovers, men, kings.other));
+    };
+    u64 useless = 0;
+    while (useless < arrangements && isUseless(arrangements - 1 - useless)) ++useless;
+    return useless;
+}
+
 // A capture en passant: seven pairs of neighbouring files, either pawn of them the capturing one. The pawns
 // that have no part in it stand on the pawn squares that these two and the two empty ones behind the captured
 // pawn leave.
@@ -201,13 +248,18 @@ void measureTail(const TbClass& tbClass, IndexPlan& plan) {
     const u64 ownPawns = tbClass.men[mover][tbPawn] - 1u;
     const u64 otherPawns = tbClass.men[1 - mover][tbPawn] - 1u;
     u64 others = choose[freePawnSquares - ownPawns][otherPawns];
+    bool otherSideHasPieces = false;
     for (const Digit& digit : plan.rest) {
-        if (!digit.pawns) others *= choose[tbSquares - men][digit.count];
+        if (!digit.pawns) {
+            others *= choose[tbSquares - men][digit.count];
+            otherSideHasPieces = true;
+        }
         men += digit.count;
     }
-    plan.limit +=
-        baseSumsOf(*plan.pairs, movingPieces).back() * captures * choose[freePawnSquares][ownPawns] * others;
-    plan.usedTailEnd = plan.limit;
+    const u64 ofArrangement = captures * choose[freePawnSquares][ownPawns] * others;
+    plan.limit += baseSumsOf(*plan.pairs, movingPieces).back() * ofArrangement;
+    plan.usedTailEnd =
+        plan.limit - uselessAtEnd(*plan.pairs, movingPieces, otherSideHasPieces) * ofArrangement;
     // The last numbers have the kings on d8 and h8, the pawns on g5 and h5, and h6 and h7 empty. The last
     // square for a further pawn is g7, where it would give check.
     if (ownPawns != 0) plan.usedTailEnd -= choose[freePawnSquares - 1][ownPawns - 1] * others;
@@ -295,15 +347,12 @@ bool squaresOfIndex(int tbClass, int side, u64 index, TbMen& first, TbMen& secon
     if (index >= plan.range) return false;
 
     // The last digit comes off first, but the men in the way of one are known only from those before it.
-    u32 groupDigits[mostDigits];
     u32 restDigits[mostDigits];
     for (int i = plan.rest.count - 1; i >= 0; --i)
         restDigits[i] = takeDigit(index, plan.rest.digits[i].radix);
     const auto pair = std::ranges::upper_bound(*plan.base, index) - plan.base->begin() - 1;
     const KingSquares kings = plan.pairs->squares[static_cast<u32>(pair)];
     index -= (*plan.base)[static_cast<u32>(pair)];
-    for (int i = plan.group.count - 1; i >= 0; --i)
-        groupDigits[i] = takeDigit(index, groupRadix(plan.group.digits[i], kings));
 
     Placed placed;
     TbMen* const men[2] = {&first, &second};
@@ -314,17 +363,11 @@ bool squaresOfIndex(int tbClass, int side, u64 index, TbMen& first, TbMen& secon
     };
     put(plan.mover, tbKingPlace, kings.own ^ plan.groupTurn);
     put(1 - plan.mover, tbKingPlace, kings.other ^ plan.groupTurn);
+    forEachOfGroup(plan.group, kings, index, [&](const Digit& digit, u8 i, u8 square) {
+        put(digit.side, digit.place + i, square ^ plan.groupTurn, digit.pawns);
+    });
     u8 numbers[tbPlacesOfType];
-    const u32* number = groupDigits;
-    for (const Digit& digit : plan.group) {
-        combinationOfNumber(*number++, numbers, digit.count);
-        for (u8 i = 0; i < digit.count; ++i) {
-            const bool behindKing = numbers[i] >= slot[digit.slotType][kings.other][kings.own];
-            const u8 square = squareOfSlot[digit.slotType][kings.other][numbers[i] + behindKing];
-            put(digit.side, digit.place + i, square ^ plan.groupTurn, digit.pawns);
-        }
-    }
-    number = restDigits;
+    const u32* number = restDigits;
     for (const Digit& digit : plan.rest) {
         combinationOfNumber(*number++, numbers, digit.count);
         const u64 before = placed.before(digit);

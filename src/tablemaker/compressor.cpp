@@ -1,12 +1,12 @@
 #include "tablemaker/compressor.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <new>
 #include <string_view>
 
+#include "platform/file_replacement.h"
 #include "tablebases/block_decoder.h"
 #include "tablebases/compressed_header.h"
 #include "tablemaker/bit_writer.h"
@@ -87,17 +87,16 @@ std::string describe(i32 error) {
     }
 }
 
-void writeBytes(std::ofstream& file, const std::vector<u8>& bytes) {
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+std::string_view textOf(const std::vector<u8>& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
 
 u64 compressTable(std::span<const u8> plain, const std::string& path, int threads) {
     if (plain.empty()) return 0;
-    const std::string unfinished = path + ".new";
-    std::ofstream file(unfinished, std::ios::binary);
-    if (!file) return 0;
+    FileReplacement file(path);
+    if (!file.isOpen()) return 0;
     TableBlocks blocks;
     for (std::size_t place = 0; place < plain.size(); place += tableBlockSize)
         blocks.push_back(plain.subspan(place, std::min<std::size_t>(tableBlockSize, plain.size() - place)));
@@ -114,18 +113,13 @@ u64 compressTable(std::span<const u8> plain, const std::string& path, int thread
                [&](u32 i) { stored[i] = packBlock(blocks[i], parsed.tokens[i], code); });
 
     const std::vector<u8> header = headerOf(blocks, stored, offsets, lengths);
-    writeBytes(file, header);
+    file.write(textOf(header));
     u64 size = header.size();
     for (const std::vector<u8>& block : stored) {
-        writeBytes(file, block);
+        file.write(textOf(block));
         size += block.size();
     }
-    file.close();
-    if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        std::remove(unfinished.c_str());
-        return 0;
-    }
-    return size;
+    return file.putInPlace() ? size : 0;
 }
 
 bool expandTable(const std::string& path, std::vector<u8>& plain, std::string& error) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/file_replacement.h"
 #include "tablemaker/compressor.h"
 #include "tablemaker/parallel.h"
 
@@ -101,15 +102,9 @@ bool readTable(const TableFile& file, std::vector<u8>& bytes, std::string& error
 }
 
 bool writeWhole(const std::string& path, const std::vector<u8>& bytes) {
-    const std::string unfinished = path + ".tmp";
-    std::ofstream stream(unfinished, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    std::error_code error;
-    if (stream) std::filesystem::rename(unfinished, path, error);
-    if (stream && !error) return true;
-    std::filesystem::remove(unfinished, error);
-    return false;
+    FileReplacement file(path);
+    file.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    return file.putInPlace();
 }
 
 std::vector<u8> tableOfEnding(const Ending& ending, int side, int threads) {

@@ -9,6 +9,7 @@
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/process_state.h"
 #include "search/search_control.h"
@@ -57,6 +58,7 @@ class Run {
         sendText("Knoten gesamt: " + std::to_string(totalNodes) + "\n");
         sendText(formatText("Zeit gesamt: %.3f\n", seconds));
         sendText(formatText("KPS: %.0f\n", speed(totalNodes, seconds)));
+        finishThinking();  // the last cycle must not take the old setting for leave to ponder
         easyMode = easyBefore;
     }
 
@@ -79,13 +81,21 @@ FileArguments readFileArguments(std::string_view text) {
 }
 
 void benchLines(std::istream& file, std::ostream& report, const FileArguments& arguments) {
-    for (std::string line; std::getline(file, line) && !shutDownBegun;) {
+    for (std::string line; !commandStopped() && std::getline(file, line);) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         const i32 depth = depthWithOffset(readNumber(line), arguments.depthOffset);
         if (line.empty() || depth == 0) break;
         const std::string fen = line.substr(line.find(':') + 1);
         const u64 nodes = benchPosition(fen, depth);
         if (nodes >= arguments.minNodes) report << fen << ": " << nodes << '\n' << std::flush;
+    }
+}
+
+// A stop ends the search at once: nobody waits for its move.
+void awaitEndOfPosition() {
+    constexpr u32 turnMs = 20;
+    while (!awaitSearchEnd(turnMs)) {
+        if (commandStopped()) hastenSearchEnd();
     }
 }
 
@@ -107,7 +117,7 @@ u64 benchPosition(const std::string& fen, i32 depth) {
     const double began = steadySeconds();
     expectSearchEnd();
     goCommand("");
-    awaitSearchEnd();
+    awaitEndOfPosition();
     const double seconds = steadySeconds() - began;
 
     const u64 nodes = totalNodes;
@@ -119,11 +129,13 @@ u64 benchPosition(const std::string& fen, i32 depth) {
 void benchmark(std::string_view arguments) {
     if (isRefused()) return;
     const i32 offset = arguments.size() > 1 ? readNumber(arguments.substr(1)) : 0;
+    const LongCommand longCommand;
     const Run run;
     for (const BenchmarkPosition& position : benchmarkPositions) {
-        if (shutDownBegun) return;
+        if (commandStopped()) break;
         benchPosition(position.fen, depthWithOffset(position.depth, offset));
     }
+    if (shutDownBegun) return;
     run.finish();
 }
 
@@ -139,6 +151,7 @@ void benchFromFile(std::string_view text) {
         engineServices->quit();
     }
     if (isRefused()) return;
+    const LongCommand longCommand;
     const Run run;
     benchLines(file, report, arguments);
     if (shutDownBegun) return;

@@ -14,6 +14,7 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/arguments.h"
@@ -79,7 +80,7 @@ class OtherEngine {
     ~OtherEngine() { dismiss(); }
 
     // Once one of the next two has failed, the engine is of no more use; fault() says why. It is empty if
-    // only our own process is about to end.
+    // only our own work is to end.
     const std::string& fault() const { return faultText; }
 
     bool start(const std::string& program) {
@@ -138,11 +139,11 @@ class OtherEngine {
         return true;
     }
 
-    // Waits in short turns: a long one would hold up the end of our own process.
+    // Waits in short turns: a long one would hold up the end of our own work.
     bool listen() {
         constexpr int turnMs = 100;
         const double began = steadySeconds();
-        while (!shutDownBegun) {
+        while (!commandStopped()) {
             const ChildProcess::Output output = child.readSome(heard, turnMs);
             if (output == ChildProcess::Output::some) return true;
             if (output == ChildProcess::Output::ended) return fail("has ended in the middle of an answer");
@@ -156,7 +157,7 @@ class OtherEngine {
     void dismiss() {
         child.write("quit\n", 0);
         child.closeInput();
-        const double end = steadySeconds() + (shutDownBegun ? 0.5 : 5);
+        const double end = steadySeconds() + (commandStopped() ? 0.5 : 5);
         while (!child.hasEnded() && steadySeconds() < end) {
             heard.clear();
             if (child.readSome(heard, 5) == ChildProcess::Output::ended) sleepMilliseconds(5);
@@ -194,7 +195,7 @@ void labelPositions(std::istream& input, OtherEngine& engine, i32 depth, std::os
     i32 counter = 0;
     i32 skipped = 0;
     i32 withoutScore = 0;
-    for (std::string line; std::getline(input, line);) {
+    for (std::string line; !commandStopped() && std::getline(input, line);) {
         if (line.ends_with('\r')) line.pop_back();
         if (line.empty()) break;
         if (++counter % 1000 == 0) sendText(formatText("counter = %i\n", counter));
@@ -240,6 +241,7 @@ void callEngine(std::string_view text) {
         sendText("Error: input and output are the same file!\n");
         return;
     }
+    const LongCommand longCommand;
     OtherEngine engine(arguments.patienceSeconds);
     if (engine.start(arguments.engine)) {
         std::filesystem::resize_file(arguments.output, 0, none);

@@ -9,6 +9,7 @@
 #include "chess/fen.h"
 #include "platform/clock.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/position_values.h"
@@ -90,7 +91,7 @@ void judge(const Expectation& expectation, Totals& totals) {
 void readExpectations(std::istream& file, Totals& totals) {
     Expectation expectation;
     std::string numbers;
-    while (readLine(file, expectation.first) && readLine(file, expectation.second) &&
+    while (!commandStopped() && readLine(file, expectation.first) && readLine(file, expectation.second) &&
            readLine(file, numbers)) {
         if (readNumbers(numbers, expectation)) {
             judge(expectation, totals);
@@ -133,6 +134,7 @@ void testEvalAgainstFile(const std::string& file) {
     }
     const double began = steadySeconds();
     const KeptGame keptGame;
+    const LongCommand longCommand;
     Totals totals;
     readExpectations(input, totals);
     report(totals, steadySeconds() - began);

@@ -6,6 +6,7 @@
 #include "chess/move_text.h"
 #include "protocol/game_commands.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/engine_games.h"
@@ -61,6 +62,7 @@ class DepthStatistics {
 void gameStats(const std::string& file) {
     stopThinking();
     resetGame();
+    const LongCommand longCommand;
     DepthStatistics statistics;
     walkPgnFile(
         file, [&](const PgnPly& ply) { statistics.see(ply); }, PgnGame::maxPlies,

@@ -13,8 +13,10 @@
 #include "chess/move_generation.h"
 #include "chess/number_text.h"
 #include "chess/side.h"
+#include "platform/file_replacement.h"
 #include "platform/raw_io.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/arguments.h"
@@ -222,7 +224,7 @@ class LearnFile {
     // Sets searchPosition to the next position that is close enough to be used. False at the end.
     bool next() {
         constexpr i32 mostValue = 150;
-        while (!shutDownBegun && readLine(fen) && !fen.empty() && readLine(number)) {
+        while (!commandStopped() && readLine(fen) && !fen.empty() && readLine(number)) {
             value = readNumber(number);
             if (value < -mostValue || value > mostValue) continue;
             if (readFenMen(fen, searchPosition)) return true;
@@ -248,75 +250,57 @@ class LearnFile {
     std::string fen, number;
 };
 
-// A matrix on its way to the disk, under a name of its own until it is complete.
+// A matrix on its way to the disk.
 class MatrixFile {
   public:
-    explicit MatrixFile(const Phase& rowPhase) : phase(rowPhase) {}
-    MatrixFile(const MatrixFile&) = delete;
-    MatrixFile& operator=(const MatrixFile&) = delete;
-    ~MatrixFile() {
-        if (unfinished.empty()) return;
-        file.close();
-        std::remove(unfinished.c_str());
-    }
-
-    // False if the file could not be written, or stands already and may not be.
-    bool open(const std::string& fileName) {
+    MatrixFile(const Phase& rowPhase, const std::string& name) : phase(rowPhase), file(name) {
         std::error_code error;
-        const bool stands = std::filesystem::exists(fileName, error);
-        if (stands && !std::fstream(fileName, std::ios::in | std::ios::out).is_open()) return false;
-        file.open(fileName + ".new", std::ios::binary);
-        if (!file.is_open()) return false;
-        name = fileName;
-        unfinished = fileName + ".new";
-        return true;
+        isOpen_ = file.isOpen() && !std::filesystem::is_directory(name, error);
     }
 
-    void writeHead() { file << rows << ' ' << phase.columns() << '\n'; }
+    // False if the file may not be written.
+    bool isOpen() const { return isOpen_; }
+
+    void writeHead() { file.write(std::to_string(rows) + ' ' + std::to_string(phase.columns()) + '\n'); }
 
     // Writes the row of searchPosition. False after a write error.
     bool writeRow(i32 value) {
-        file << rowText(phase, value);
+        file.write(rowText(phase, value));
         ++written;
-        return file.good();
+        return file.isGood();
     }
 
     bool hasAllRows() const { return written == rows; }
 
     // False if anything could not be written.
-    bool close() {
-        file.close();
-        return file.good();
-    }
-
-    bool putInPlace() {
-        if (std::rename(unfinished.c_str(), name.c_str()) != 0) return false;
-        unfinished.clear();
-        return true;
-    }
+    bool complete() { return file.complete(); }
+    bool putInPlace() { return file.putInPlace(); }
 
     u64 rows = 0;  // counted before the head is written
 
   private:
     const Phase& phase;
-    std::string name, unfinished;
-    std::ofstream file;
+    FileReplacement file;
+    bool isOpen_;
     u64 written = 0;
 };
 
 class Conversion {
   public:
-    bool open(const std::string& learnName, const std::string& matrixName) {
-        return !matrixName.empty() && learnFile.open(learnName) && middleGameFile.open(matrixName + ".mg") &&
-               endingFile.open(matrixName + ".eg");
-    }
+    Conversion(const std::string& learnName, const std::string& matrixName)
+        : learnFileOpen(!matrixName.empty() && learnFile.open(learnName)),
+          middleGameFile(middleGame, learnFileOpen ? matrixName + ".mg" : ""),
+          endingFile(ending, learnFileOpen ? matrixName + ".eg" : "") {}
+
+    bool isOpen() const { return learnFileOpen && middleGameFile.isOpen() && endingFile.isOpen(); }
 
     // What is to be told at the end; empty if there is nothing.
     std::string run() {
         countRows();
         const bool rowsWritten = writeRows();
         if (shutDownBegun) return "";
-        if (!rowsWritten || !middleGameFile.close() || !endingFile.close())
+        if (commandStopped()) return "Stopped: no matrix has been written.\n";
+        if (!rowsWritten || !middleGameFile.complete() || !endingFile.complete())
             return "Error: the matrix files could not be written!\n";
         if (learnFile.hasFailed() || !middleGameFile.hasAllRows() || !endingFile.hasAllRows())
             return "Error: the learn file could not be read, or was changed meanwhile!\n";
@@ -352,8 +336,9 @@ class Conversion {
     }
 
     LearnFile learnFile;
-    MatrixFile middleGameFile{middleGame};
-    MatrixFile endingFile{ending};
+    const bool learnFileOpen;
+    MatrixFile middleGameFile;
+    MatrixFile endingFile;
 };
 
 }  // namespace
@@ -362,8 +347,9 @@ void learnFileToMatrix(std::string_view arguments) {
     stopThinking();
     const std::string learnName(takeWord(arguments));
     const std::string matrixName(takeWord(arguments));
-    Conversion conversion;
-    if (!conversion.open(learnName, matrixName)) {
+    const LongCommand longCommand;
+    Conversion conversion(learnName, matrixName);
+    if (!conversion.isOpen()) {
         sendText("Could not open learn file or matrix file!\n");
         return;
     }

@@ -6,8 +6,10 @@
 #include "chess/side.h"
 #include "eval/weights.h"
 #include "platform/raw_io.h"
+#include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "search/format_text.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/engine_games.h"
@@ -93,6 +95,7 @@ void show(const PgnPly& ply, double own, double opponent) {
     showEvaluation();
     std::string key;
     standardInput().readLine(key);
+    if (key == "quit" && commandStopped()) engineServices->quit();
 }
 
 class MissSearch {
@@ -100,7 +103,7 @@ class MissSearch {
     void see(const PgnPly& ply) {
         if (ply.ply <= 1) gameDone = false;
         Outcome outcome;
-        if (gameDone || !engineIsToMove(ply) || !readOutcome(ply.game, outcome)) return;
+        if (gameDone || commandStopped() || !engineIsToMove(ply) || !readOutcome(ply.game, outcome)) return;
         const Position& p = ply.position;
         const Balance balance = p.sideToMove == White ? balanceOf<White>(p) : balanceOf<Black>(p);
         if (!balance.isUsual()) return;
@@ -124,6 +127,7 @@ class MissSearch {
 void checkMissEvals(const std::string& file) {
     stopThinking();
     resetGame();
+    const LongCommand longCommand;
     MissSearch search;
     walkPgnFile(
         file, [&](const PgnPly& ply) { search.see(ply); }, PgnGame::maxPlies);

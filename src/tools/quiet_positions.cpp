@@ -1,13 +1,14 @@
 #include "tools/quiet_positions.h"
 
-#include <fstream>
 #include <optional>
 #include <set>
 
 #include "book/pgn_reader.h"
 #include "chess/fen.h"
 #include "chess/random.h"
+#include "platform/file_replacement.h"
 #include "protocol/game_commands.h"
+#include "search/long_command.h"
 #include "search/output.h"
 #include "search/search_control.h"
 #include "tools/position_values.h"
@@ -45,10 +46,9 @@ class QuietPositions {
 
   private:
     void write() const {
-        std::ofstream output(outputName);
-        for (const std::string& fen : fens) output << fen << '\n';
-        output.close();
-        if (!output) sendText(std::string("Error: could not write ") + outputName + "!\n");
+        FileReplacement output(outputName);
+        for (const std::string& fen : fens) output.write(fen + '\n');
+        if (!output.putInPlace()) sendText(std::string("Error: could not write ") + outputName + "!\n");
     }
 
     std::set<std::string> fens;
@@ -61,6 +61,7 @@ class QuietPositions {
 void generateTestposEval(const std::string& file) {
     stopThinking();
     resetGame();
+    const LongCommand longCommand;
     QuietPositions positions;
     walkPgnFile(
         file, [&](const PgnPly& ply) { positions.see(ply); }, PgnGame::maxPlies, [&] { positions.end(); });

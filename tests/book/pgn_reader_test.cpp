@@ -65,13 +65,14 @@ const std::string nastyFile =
     "\xEF\xBB\xBF"
     R"(% [Event "no tag"] e4
 [Event "A "great" ] day"]
+" d4
 [White "One"][Black "Two"][WhiteElo "2400"][Site "dropped"][Round "3
 {before} 1. e4! $10 {+0.31/12 2s} (1. d4 {) [x]} (1. c4 (1. b4)) d5 ; ) (
- 1... Nf6) {more} 1...e5 ?!$14 2.Nf3
+ 1... Nf6) {mo"re} 1...e5 ?!$14 2.Nf3
 % 2... a6 1-0
 Nc6;rest { of line
-3. " Bb5+ a6 3-2 11-0 +1-0 4... $1 4.O-O#! {( [ } 1-0 ( {[} [ ) junk {[Event} ; [
-1. d4 d5 2. c4 *
+3. "d4 1-0 ; *" Bb5+ (" 3. d4) d5 " a6 3-2 11-0 +1-0 4... $1 4.O-O#! {( [ } 1-0 ( {[} [ ) junk {[Event} ; [
+1. d4 d5 2. c4" c5 *
 [Event "open variation"]
 1. c4 (1. e4 ( e5
 [White "Passant"]
@@ -89,8 +90,8 @@ Nc6;rest { of line
 TEST_F(PgnReader, RealFiles) {
     const auto expected = ::testing::ElementsAre(
         "A \"great\" ] day|One|Two|2400|||1-0 1 e2e4! $10{+0.31/12 2s} (1. d4 {) [x]} (1. c4 (1. b4)) d5 "
-        "; ) (\n 1... Nf6) {more} e7e5?!$14 g1f3 b8c6{rest { of line} f1b5 a7a6 e1g1!{( [ }",
-        "||||||* 3 d2d4 d7d5 c2c4", "open variation|||||| -1 c2c4", "|Passant|||||0-1 2 d4e3 e1d1 e3e2 d1e2",
+        "; ) (\n 1... Nf6) {mo\"re} e7e5?!$14 g1f3 b8c6{rest { of line} f1b5 a7a6 e1g1!{( [ }",
+        "|||||| -1 d2d4 d7d5 c2c4", "open variation|||||| -1 c2c4", "|Passant|||||0-1 2 d4e3 e1d1 e3e2 d1e2",
         "bad move||||||1/2-1/2 0 e2e4", "||||7|9|* 3 g1f3 g8f6 g2g3 g7g6 f1g2 f8g7",
         "|Last||||| 4 g2g4 e7e5 f2f3 d8h4{mate\n[Event \"in a comment\"]\n1. a3 1-0\n}");
     const char* const expectedTold =

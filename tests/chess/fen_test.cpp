@@ -1,5 +1,7 @@
 #include "chess/fen.h"
 
+#include <random>
+
 #include "chess_test.h"
 
 namespace valku {
@@ -20,12 +22,16 @@ TEST(Fen, ReadsWhatIsUsualAndDropsWhatCannotBe) {
         const char* fen;
         const char* read;
     } cases[] = {
-        {"4k3/8/8/8/8/8/8/4K3 w - -", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
+        {"r3k3/8/8/8/8/8/8/4K3 b q -", "r3k3/8/8/8/8/8/8/4K3 b q - 0 1"},
+        {"r3k3/8/8/8/8/8/8/4K3 b q ", "r3k3/8/8/8/8/8/8/4K3 b q - 0 1"},
+        {"r3k3/8/8/8/8/8/8/4K3 b", "r3k3/8/8/8/8/8/8/4K3 b - - 0 1"},
         {"  4k3/8/8/8/8/8/8/4K3   b  -  -  3 94 \r", "4k3/8/8/8/8/8/8/4K3 b - - 3 1"},
         {"4k3/9/8/8/8/8/8/4K3 w - - 0 1", "4k3/8/8/8/8/8/8/4K3 w - - 0 1"},
         {"4k3/8/8/8/8/8/8/4K3 w - - 99999999999999 1", "4k3/8/8/8/8/8/8/4K3 w - - 255 1"},
         // Rights without king and rook on their squares
         {"4k2r/8/8/8/8/8/8/R3K3 w KQkq - 0 1", "4k2r/8/8/8/8/8/8/R3K3 w Qk - 0 1"},
+        {"r4k1r/8/8/8/8/8/8/R4K1R w KQkq - 0 1", "r4k1r/8/8/8/8/8/8/R4K1R w - - 0 1"},
+        {"r2k3r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", "r2k3r/8/8/8/8/8/8/R3K2R w KQ - 0 1"},
         {"4k3/8/8/8/8/8/8/R3K2R w QKxy - 0 1", "4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1"},
         // En passant fields behind which no enemy pawn stands, or of the wrong side
         {"4k3/8/8/4P3/8/8/8/4K3 w - d6 0 1", "4k3/8/8/4P3/8/8/8/4K3 w - - 0 1"},
@@ -48,7 +54,7 @@ TEST(Fen, RefusedTextsKeepTheOldPosition) {
         "",
         "8/8/8/8/8/8/8/8 w - - 0 1",       // no kings
         "4k2k/8/8/8/8/8/8/4K3 w - - 0 1",  // three
-        "4k3/8/8/8/8/8/8/4K3",             // nothing behind the placement
+        "4k3/8/8/8/8/8/8/4K3",             // nothing after the placement
         "4k3/8/8/8/8/8/4K3 w - - 0 1",     // seven ranks
         "4k3/8/8/8/8/8/8/4K2 w - - 0 1",
         "4k3/8/8/8/8/8/8/8/4K3 w - - 0 1",  // nine
@@ -67,6 +73,39 @@ TEST(Fen, RefusedTextsKeepTheOldPosition) {
         EXPECT_EQ(writeFen(), before) << fen;
         EXPECT_EQ(stackedMoves(gamePosition), 1) << fen;
     }
+}
+
+// Spoilt texts are refused without a trace, or give a position whose own text gives it again.
+TEST(Fen, SpoiltTextsAreRefusedOrReadSoundly) {
+    constexpr std::string_view letters = "pnbrqkPNBRQK12345678/9 -wbAHah0\t\xff";
+    std::mt19937 random(3);
+    int read = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const Chess960Scope mode(i % 2 == 1);
+        std::string text = i % 3 == 0 ? richPosition : "1r1k2r1/8/8/2pP4/8/8/8/1R1K2R1 w GBgb c6 5 1";
+        for (auto changes = 1 + random() % 4; changes > 0 && !text.empty(); --changes) {
+            const std::size_t at = random() % text.size();
+            const char letter = letters[random() % letters.size()];
+            if (const auto way = random() % 4; way == 0)
+                text[at] = letter;
+            else if (way == 1)
+                text.erase(at, 1 + random() % 3);
+            else if (way == 2)
+                text.insert(at, 1, letter);
+            else
+                text.resize(at + 1);
+        }
+        const std::string before = writeFen();
+        if (!readFen(text)) {
+            ASSERT_EQ(writeFen(), before) << text;
+            continue;
+        }
+        ++read;
+        const std::string written = writeFen();
+        ASSERT_TRUE(readFen(written)) << text;
+        ASSERT_EQ(writeFen(), written) << text;
+    }
+    EXPECT_GT(read, 1000);
 }
 
 TEST(Fen, FullListsAreStillClosed) {

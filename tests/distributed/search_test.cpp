@@ -1,7 +1,9 @@
 #include <map>
+#include <vector>
 
 #include "chess/move_text.h"
 #include "distributed/process_lists.h"
+#include "distributed/race.h"
 #include "distributed/root_search_process.h"
 #include "distributed/split_root_search.h"
 #include "distributed/split_search.h"
@@ -9,6 +11,7 @@
 #include "eval/evaluate.h"
 #include "eval/pawn_table.h"
 #include "search/alpha_beta.h"
+#include "search/output.h"
 #include "search/quiescence.h"
 #include "search/root_search.h"
 #include "search/search_state.h"
@@ -56,7 +59,7 @@ class Search : public ::testing::Test {
         clearHistory();
         clearAllStops();
         watcher = Watcher{};
-        searchPorts = {&watcher, prepareSearches, splitRootSearch, splitSearch, [] { return false; }};
+        searchPorts = {&watcher, prepareSearches, [] {}, splitRootSearch, splitSearch, [] { return false; }};
     }
 
     static void setGame(const char* fen, const char* moves = "") {
@@ -335,20 +338,86 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     clearAllStops();
 }
 
+// Completes its jobs at once, or when it is told to.
+class Racer final : public AbstractSearchProcess {
+  public:
+    explicit Racer(bool prompt) : AbstractSearchProcess(ProcessKind::localClient), isPrompt(prompt) {}
+    void run() override {}
+    void startSearch(const Position&, i32, i32, i32, i32 distance, bool, Event* anyFinished) override {
+        distances.push_back(distance);
+        finished = false;
+        wakes = anyFinished;
+        if (isPrompt) complete();
+    }
+    void complete() { completeJob(wakes, "racer"); }
+    void requestStop() override {}
+    SearchResult* getResult(SearchResult* result) override {
+        result->nodes = 7;
+        return result;
+    }
+    i32 getAlpha() const override { return 0; }
+    i32 getBeta() const override { return 0; }
+    bool isIdle() const override { return false; }
+    void prepareSearch() override {}
+    void quit() override {}
+    std::string name() const override { return "racer"; }
+
+    const bool isPrompt;
+    Event* wakes = nullptr;
+    std::vector<i32> distances;
+};
+
+TEST(SearchProcesses, RaceWithTheSameDepthAndWithoutTheLate) {
+    struct : TextSink {
+        void send(std::string_view) override {}
+    } sink;
+    textSink = &sink;
+    setPosition(richPosition);
+    Racer local(true), prompt(true), late(false);
+    Event any;
+    const RaceCourse course{"splitSearch", "local", local, stopStandardProcess, any, nullptr};
+    const auto nodes = [&] {
+        return race(course, {&prompt, &late}, searchPosition, {1, -50, 50, 300, false}).totalNodes;
+    };
+    EXPECT_EQ(nodes(), 14u);
+    EXPECT_FALSE(late.isAvailable());
+    EXPECT_EQ(nodes(), 14u);
+    any.reset();
+    late.complete();
+    EXPECT_TRUE(late.isAvailable());
+    EXPECT_FALSE(late.finished || late.doneEvent.waitFor(0) || any.waitFor(0));
+    EXPECT_EQ(nodes(), 14u);
+    EXPECT_EQ(local.distances, std::vector<i32>(3, deepestJob));
+    EXPECT_EQ(prompt.distances, local.distances);
+    EXPECT_EQ(late.distances, std::vector<i32>(2, deepestJob));
+    textSink = nullptr;
+}
+
 TEST(SearchProcesses, OnlyTheOwnerAgesTheTable) {
     releaseHashTable();
     setHashBuckets(16);
     RootSearchProcess owner(false);
-    const auto isNewAfter = [](RootSearchProcess& process) {
-        storeLowerBound(1, 7, 0, 20, 8, 0x11, 0, 0);
+    const auto isMarked = [] { return (hashTable[0].entries[0].flags & HashEntry::usedFlag) != 0; };
+    i32 score = 20;
+    const auto search = [&](RootSearchProcess& process) {
         process.prepareSearch();
         EXPECT_EQ(hashUsed, 0u);
-        EXPECT_EQ(hashTable[0].entries[0].lowerScore, 20);
-        return (hashTable[0].entries[0].flags & HashEntry::usedFlag) != 0;
+        storeLowerBound(1, 7, 0, ++score, 8, 0x11, 0, 0);
     };
-    EXPECT_FALSE(isNewAfter(owner));
+    search(owner);
+    EXPECT_TRUE(isMarked());
+    owner.prepareSearch();
+    EXPECT_FALSE(isMarked());
+    search(owner);
+    owner.prepareAhead();
+    EXPECT_FALSE(isMarked());
+    EXPECT_EQ(hashUsed, 1u);  // shown until the next search begins
+    EXPECT_EQ(hashTable[0].entries[0].lowerScore, score);
     RootSearchProcess guest(true);  // joins, and clears what it joins
-    EXPECT_TRUE(isNewAfter(guest));
+    search(guest);
+    guest.prepareAhead();
+    guest.prepareSearch();
+    EXPECT_TRUE(isMarked());
     clearSharedPointer(sharedTableId);
 }
 

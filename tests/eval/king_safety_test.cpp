@@ -1,3 +1,6 @@
+#include <cstdlib>
+#include <limits>
+
 #include "eval_test.h"
 
 namespace valku {
@@ -24,6 +27,15 @@ TEST(KingAttackTable, FollowsTheSetting) {
         const WeightGuard twice(kingSafety, 200);
         updateKingAttackTable();
         EXPECT_EQ(kingAttackTable[20] / 2, 309);
+    }
+    for (const i32 setting : {std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()}) {
+        const WeightGuard extreme(kingSafety, setting);
+        updateKingAttackTable();
+        EXPECT_EQ(kingAttackTable[0], 0);
+        for (int count = 1; count < kingAttackTableSize; ++count) {
+            EXPECT_EQ(kingAttackTable[count] > 0, setting > 0) << count;
+            EXPECT_LE(std::abs(kingAttackTable[count]), 10'000'000) << count;
+        }
     }
     updateKingAttackTable();
 }

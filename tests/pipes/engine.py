@@ -117,6 +117,7 @@ class Engine:
         self.process = subprocess.Popen([Engine.program, *arguments], cwd=directory, stdin=subprocess.PIPE,
                                         stdout=pipes.get("stdout", subprocess.PIPE), stderr=self.complaints)
         self.expected_end = {0}
+        self.expected_complaints = ""  # None for any
         self.lines = queue.SimpleQueue()
         self.collector = threading.Thread(target=self.collect, daemon=True)
         if self.process.stdout:
@@ -130,6 +131,7 @@ class Engine:
 
     def send_bytes(self, data):
         """Never waits for ever: an engine that reads no more is a hang like any other."""
+        data = memoryview(data)
         while data:
             if not select.select([], [self.process.stdin], [], PATIENCE)[1]:
                 raise Hang(f"nothing was read for {PATIENCE} seconds")
@@ -167,11 +169,13 @@ class Engine:
         return self.read_to("readyok")[:-1]
 
     def settled(self):
-        """What came out up to now, and whether the engine has nothing more to do: only then it evaluates."""
-        self.send("eval", "isready")
+        """What came out up to now, and whether the engine has nothing more to do: only then it shows the book."""
+        self.send("showbook", "isready")
         lines = self.read_to("readyok")[:-1]
-        idle = bool(lines) and lines[-1].startswith("info string eval is: ")
-        return (lines[:-1] if idle else lines), idle
+        for number, line in enumerate(lines):
+            if re.fullmatch("No moves for this position in the opening book!|The following moves are .*:", line):
+                return lines[:number], True
+        return lines, False
 
     def answer(self, seen=()):
         """The answer of the running search, of which some lines may have been read before."""
@@ -237,7 +241,7 @@ class Engine:
             self.process.stdout.close()
         if self.home:
             self.home.cleanup()
-        if complaints:
+        if self.expected_complaints not in (None, complaints):
             return f"standard error of the engine:\n{complaints}"
         if self.process.returncode not in self.expected_end:
             return f"the engine ended with code {self.process.returncode}"

@@ -1,6 +1,8 @@
 """Whatever comes in: no crash, no hang, and the engine plays on."""
 
 import random
+import re
+import resource
 import unittest
 
 import engine
@@ -96,6 +98,31 @@ class BadInput(engine.EngineTest):
         self.assertEqual(lines[0], "Error in createHashTable while creating shared memory:")
         self.assertRegex(lines[-1], "^info string Create new hashtable with id [0-9]+, size = 2097152$")
         self.plays(player)
+
+    def test_a_machine_that_has_less_memory_now(self):
+        old_table = 2097152 * 48
+        with open(engine.Engine.program, "rb") as file:
+            if b"__asan_init" in file.read():
+                self.skipTest("a sanitizer needs more room than there would be")
+        for room, buckets in ((64 << 20, 1048576), (-1 << 20, None)):
+            player = self.ready_engine()
+            player.go("depth 6", "startpos")  # all that a search allocates is there now
+            player.ready()
+            with open(f"/proc/{player.process.pid}/status") as file:
+                used = int(re.search(r"VmSize:\s+(\d+) kB", file.read())[1]) * 1024
+            limit = used - old_table + room
+            resource.prlimit(player.process.pid, resource.RLIMIT_AS, (limit, limit))
+            player.send("setoption name Hash value 1024")
+            if buckets:
+                lines = player.ready()
+                self.assertRegex(lines[-1], f"^info string Create new hashtable with id [0-9]+, size = {buckets}$")
+                self.plays(player)
+            else:
+                player.expected_end.add(1)
+                self.assertEqual(player.wait(), 1)
+                lines = player.read_all()
+                self.assertEqual(lines[2:], ["There is no memory for any hash table. Exiting now..."])
+            self.assertEqual(lines[0], "Error in createHashTable while creating shared memory:")
 
     def test_words_in_any_order(self):
         chance = random.Random(2)

@@ -11,6 +11,7 @@ import pathlib
 import random
 import re
 import tempfile
+import threading
 from unittest import mock
 
 import engine
@@ -157,6 +158,18 @@ class Files(BookTest):
         self.assertEqual(said[-12:], ["The following moves are in the opening book:", "e2 - e4 (value b)",
                                       "d2 - d4 (value a)", "a2 - a8 (value g)", *report(book)[1:]])
 
+    def test_large_books(self):
+        book = {7: {high * 3: {(20, 52, 0): "b"} for high in range(250_000)}}
+        for number in range(0, 65536, 3):
+            book.setdefault(number, {})[number * 77777 % 2**32] = {(19, 51, 0): "a", (20, 52, 0): "c"}
+        self.book.write_bytes(image(book))
+        player = self.engine(words=("console", "writebook out", "isready"), directory=self.home)
+        player.read_to("readyok")
+        self.assertEqual(self.out.read_bytes(), self.book.read_bytes())
+        used = pathlib.Path(f"/proc/{player.process.pid}/stat").read_text().split()[13:15]
+        # Work that grows with the square of a bucket takes ten times as long.
+        self.assertLess(sum(map(int, used)) / os.sysconf("SC_CLK_TCK"), 3)
+
     def test_damaged_files_and_what_is_no_book(self):
         start, one, two, fault = b"\1\0key1", b"\x14\x34\0b", b"\x13\x33\xe1c", "Error when reading opening book!"
         files = [((start + one + two)[:size], 1, (one + two)[:max(size - 6, 0) // 4 * 4]) for size in range(15)]
@@ -175,6 +188,11 @@ class Files(BookTest):
             self.book.write_bytes(self.saved()[0])
             data, said = self.saved()
             self.assertEqual((data, said.count(fault)), (self.book.read_bytes(), 0))
+        self.book.write_bytes(b"no book")  # no child of an engine reads it
+        child = self.engine("localclient", "1", *map(str, self.engine(directory=self.home).started()), words=(),
+                            directory=self.home)
+        child.end_input()
+        self.assertNotIn(fault, child.read_all())
         os.mkfifo(self.home / "pipe")
         for path in (".", "none", "pipe", "/dev/zero", "x" * 250):
             self.settings(f"bookFile={path}")
@@ -188,16 +206,38 @@ class Files(BookTest):
         self.out.write_bytes(b"old")
         (self.home / "folder" / "inner").mkdir(parents=True)
         full = self.home / "full"  # no room on the disk
-        full.write_text(f"#!/bin/sh\ntrap '' XFSZ\nulimit -f 1\nexec '{engine.Engine.program}'\n")
+        full.write_text(f"#!/bin/sh\nulimit -f 1\nexec '{engine.Engine.program}'\n")
         full.chmod(0o755)
+        (self.home / "device").symlink_to("/dev/full")  # a link, so that no failure of ours replaces a device
         before = sorted(self.home.rglob("*"))
         refused = "Couldn´t open book-file!".encode().decode("latin-1")
         failed = "...error: the book could not be written!"
-        for path, told in (("none/book", refused), ("", refused), ("folder", failed)):
+        for path, told in (("none/book", refused), ("", refused), ("folder", failed), ("device", failed)):
             self.assertEqual(self.console("writebook " + path)[-2:], ["Writing opening-book...", told])
         with mock.patch.object(engine.Engine, "program", str(full)):
             self.assertEqual(self.console("writebook out")[-1], failed)
         self.assertEqual((sorted(self.home.rglob("*")), self.out.read_bytes()), (before, b"old"))
+
+    def test_links_permissions_and_what_is_no_file(self):
+        expected = image(self.make("e2e4a d2d4b"))
+        (self.home / "shelf").mkdir()
+        real, pipe = self.home / "shelf" / "real", self.home / "pipe"
+        real.write_bytes(b"old")
+        real.chmod(0o604)
+        (self.home / "shelf" / "link").symlink_to("real")
+        self.out.symlink_to("shelf/link")
+        os.mkfifo(pipe)
+        reader = threading.Thread(target=lambda: self.assertEqual(pipe.read_bytes(), expected), daemon=True)
+        reader.start()
+        self.assertEqual(self.saved()[0], expected)
+        self.assertEqual((real.read_bytes(), real.stat().st_mode & 0o7777), (expected, 0o604))
+        self.assertTrue(self.out.is_symlink() and (self.home / "shelf" / "link").is_symlink())
+        self.assertEqual(self.console("writebook pipe")[-1], "...done!")
+        reader.join(engine.PATIENCE)
+        self.assertFalse(reader.is_alive())
+        (self.home / "device").symlink_to("/dev/stdout")
+        said = "\n".join(self.console("writebook device"))
+        self.assertTrue(said.endswith(f"Writing opening-book...\n{expected.decode('latin-1')}...done!"), said)
 
 
 class Choice(BookTest):

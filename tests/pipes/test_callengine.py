@@ -16,7 +16,7 @@ from test_uci import MIDDLE_GAME, PAWN_ENDING
 
 POSITIONS = [MIDDLE_GAME, MIDDLE_GAME.replace(" w KQ", " b -"), "r5k1/5ppp/8/8/8/8/5PPP/R4QK1 b - -", PAWN_ENDING]
 # Engines end on these, or give no answer.
-NO_SEARCH = ["x", "8/8/8/8/8/8/8/8 w - - 0 1", START.replace(" w", "  w"), START.replace("w", "W"), START[:50],
+NO_SEARCH = ["x", "8/8/8/8/8/8/8/8 w - - 0 1", START.replace(" w", "  w"), START.replace("w", "W"), START.split()[0],
              "7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "8/k7/3p4/8/8/8/8/K7 w - - 100 90"]
 REFUSALS = {
     "usage: callengine <engine> <input> <depth> <output> [<seconds of patience>]": ["", "x positions 3", "x x 3 x 4 5"],
@@ -83,6 +83,15 @@ class CallEngine(engine.EngineTest):
         player.signal(signal.SIGTERM)
         player.wait()
         self.check_gone(home)
+
+    def test_a_stop_ends_it_with_what_it_has(self):
+        player, home = self.begin("./odd", [START + "\n"] * 9, manner="silent", patience="100000")
+        written = f"{START}\n34\n"
+        engine.wait_until(lambda: (home / "values").exists() and (home / "values").read_text() == written, "a value")
+        player.send("?")
+        self.assertEqual(player.ready(), [])
+        self.check_gone(home)
+        self.assertEqual((home / "values").read_text(), written)
 
     def test_what_cannot_be_begun_or_written(self):
         player, home = self.begin("nobody", [START + "\n"])

@@ -6,6 +6,7 @@ import os
 import pathlib
 import random
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -127,7 +128,7 @@ class Words(ClientTest):
         """Value, nodes, depth and line of each job, however its text is cut; and nothing but answers comes back."""
         for cut in (lambda text: [text], list, lambda text: (text[:len(text) // 2], text[len(text) // 2:])):
             client = self.engine(*self.role, words=())
-            client.send("client_preparesearch", "uci", "", "rubbish", "client_stop", "setoption name Hash value 1")
+            client.send("client_preparesearch", "", "client_stop")
             for job, answer in jobs():
                 for piece in cut(job):
                     client.send_bytes(piece.encode())
@@ -151,6 +152,19 @@ class Words(ClientTest):
         other.end_input()
         for ended in (client, other):  # without waiting for their jobs
             self.assertEqual((ended.wait(), ended.read_all()), (0, []))
+
+    def test_no_other_words_are_taken(self):
+        """That is told once, where the parent cannot take it for an answer; else the log alone has it."""
+        words = b"e2e4\nedit\n.\nd2d4\nundo\nisready\nsetoption name WriteLog value true\nrubbish\nquit\n"
+        for settings, where in ("", subprocess.PIPE), ("writeLogFile=1\n", subprocess.STDOUT):
+            with tempfile.TemporaryDirectory() as directory:
+                pathlib.Path(directory, "settings.ini").write_text(settings)
+                client = subprocess.run([engine.Engine.program, *self.role], input=words, cwd=directory,
+                                        stdout=subprocess.PIPE, stderr=where, timeout=engine.PATIENCE)
+                self.assertEqual((client.returncode, client.stdout), (0, b"readyok\n"))
+                log = "".join(file.read_text() for file in pathlib.Path(directory).glob("*.log"))
+            told = log if settings else client.stderr.decode()
+            self.assertEqual((told.count("Lines of the caller"), "\n7 lines of the caller" in log), (1, bool(settings)))
 
     def test_a_client_without_its_table_ends_in_silence(self):
         large = self.engine().started()
@@ -302,6 +316,53 @@ class Faults(ClientTest):
         self.assertEqual(player.quit(), 0)
         self.wait_for_end([stopped])
         self.check_complaints(player, SILENT + RECOVERED)
+
+    def test_many_frozen_clients(self):
+        """They cost neither the game nor its end; and a signal while they are being ended leaves none behind."""
+        player = self.parent(7)
+        pids = self.clients(player, 7)
+
+        def tell(pids, number):
+            for pid in pids:
+                os.kill(pid, number)
+            return time.monotonic()
+
+        begun = tell(pids, signal.SIGSTOP)
+        self.check_search(Board(MIDDLE_GAME), player.go("wtime 20000 btime 20000", "fen " + MIDDLE_GAME))
+        self.assertLess(time.monotonic() - begun, 10)
+        wait_until(lambda: self.diagnostics(player).get("connerr", "").count("\n") == 7, "the end of all patience")
+        self.check_complaints(player, SILENT * 7)
+        tell(pids, signal.SIGCONT)
+        wait_until(lambda: self.diagnostics(player)["connerr"].count("recovered") == 7, "the late answers")
+        self.check_work(player, *pids)
+        begun = tell(pids, signal.SIGSTOP)
+        player.send("setoption name CPUs value 8", "setoption name CPUs value 1")
+        self.assertEqual(len(player.ready()), 2)
+        self.assertLess(time.monotonic() - begun, 5)
+        self.clients(player, 0)
+        player.send("setoption name CPUs value 8")
+        player.ready()
+        pids = self.clients(player, 7)
+        tell(pids, signal.SIGSTOP)
+        player.send("setoption name CPUs value 1")
+        time.sleep(0.3)
+        player.signal(signal.SIGTERM)
+        player.wait()
+        self.wait_for_end(pids)
+
+    def test_no_room_for_all_clients(self):
+        """A limit of the system costs clients, and not the engine, which can still search against the clock."""
+        player = self.parent(0)
+        used = int(re.search(r"VmSize:\s+(\d+) kB", about(player.process.pid, "status"))[1]) << 10
+        resource.prlimit(player.process.pid, resource.RLIMIT_AS, [used + (100 << 20)] * 2)
+        for _ in range(2):  # it may be tried again
+            player.send("setoption name CPUs value 61")
+            told, *rest = player.ready()
+            had = re.fullmatch(r"info string The system gives room for only (\d+) of 60 clients", told)[1]
+            self.assertEqual(rest, [line.replace("cpus = 1;", f"cpus = {int(had) + 1};") for line in report()])
+            self.clients(player, int(had))
+        self.check_search(Board(MIDDLE_GAME), player.go("wtime 9000 btime 9000", "fen " + MIDDLE_GAME))
+        self.assertEqual(player.quit(), 0)
 
     def test_a_table_that_was_left_half_written(self):
         """What a client leaves that is killed while it writes: locks that nobody opens, fields that don't fit."""

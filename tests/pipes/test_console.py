@@ -134,6 +134,14 @@ class Console(engine.EngineTest):
         changed = Board(START.replace("PPPPPPPP", "PPPPQPPP").replace("rnbq", "rnbr"))
         self.check_board(self.board_after(
             player, "edit", "Qe2", "c", "Rd8", "c", "c", "c", "", "Xe4", "Qe", "Qe9", "qe4", "e2e4", "."), changed)
+        player.send("edit")
+        self.assertEqual(player.quit(), 0)
+
+    def test_the_side_to_move_is_the_one_at_the_begin_of_the_edit(self):
+        player = self.player("easy", "sd 13", "go", "edit")
+        player.read_to("move .*")
+        player.send("#", "Ke1", "c", "Ke8", ".")
+        self.assertEqual(player.board().split()[1], "w")
 
     def test_refused_positions_leave_the_old_one(self):
         pawns = [f"P{file}{rank}" for file in "abcdefgh" for rank in "23"]
@@ -204,6 +212,28 @@ class Console(engine.EngineTest):
         self.assertEqual(self.bench_file(text, "-6 0")[1], [])  # a depth of 0 ends the run
         lines, code = self.run_with("console\nbenchfromfile missing 0 0\n")
         self.assertEqual((lines[-1], code), ("Error: could not open missing", 0))
+
+    def test_what_comes_meanwhile_can_stop_it(self):
+        for command in ("benchmark 20", "benchfromfile list 20 0"):
+            for word in ("?", "stop", "quit", None):
+                player = self.player(settings=None)
+                self.put_list(player, f"11:{MIDDLE_GAME}\n" * 9)
+                player.send(command)
+                player.read_to("Starting benchmarking position.*")
+                if word:
+                    player.send("showbook", word)  # a line that is none of these waits for its turn
+                else:
+                    player.process.stdin.close()
+                lines = player.read_to("Zeit gesamt: .*")
+                self.assertEqual(self.bench_depths(lines), [])  # no position behind the one at work
+                if command == "benchmark 20" and word in ("?", "stop"):
+                    self.assertTrue(player.settled()[1])
+                else:
+                    self.assertEqual(player.wait(), 0)
+
+    def test_a_script_runs_to_its_end(self):
+        lines, code = self.run_with("console\nbenchmark -11\nstop\nbenchmark -11\nquit\n")
+        self.assertEqual((len(self.bench_depths(lines)), code), (128, 0))
 
     def test_an_interrupt_ends_it(self):
         for command in ("benchmark", "benchfromfile list 9 0"):

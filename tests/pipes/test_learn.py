@@ -2,6 +2,7 @@
 
 import pathlib
 import random
+import resource
 
 import engine
 from rules import JUMPS, SLIDES, START, Board, ray, step
@@ -20,7 +21,7 @@ rnbq1bnr/pppppppp/8/4K3/8/3k4/PPPPPPPP/RNBQ1BNR b - - 0 1
 4k3/P1p2P2/2p4p/p3P1pP/P7/2P5/2P2P2/4K3 b - - 0 1\nQQQQQQQQ/Q5k1/8/8/8/6r1/p6K/8 b - - 0 1""".splitlines()
 REFUSED = ["no position", "8/8/8/8/8/8/8/8 w - - 0 1", " ", "4k3/8/8/8/8/8/8/P3K3 w - - 0 1", START.replace("K", "k"),
            START.replace("/8", "", 1), START.replace("PPP/", "PPPP/"), START.replace("/8/", "/7x/"),
-           START.split(" -")[0], "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1"]
+           START.split()[0], "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1"]
 NUMBERS = {"150": 150, "-150": -150, "151": None, "-151": None, "9" * 20: None, " 7": 7, "+5": 5, "12cp": 12, "": 0}
 
 
@@ -51,6 +52,16 @@ class LearnFile(engine.EngineTest):
         player.send(f"learnfile2matrix {names}")
         self.assertEqual((player.ready(), list(home.glob("*.new"))), ([*answer], []))
         return [path.read_text() for path in (home / "matrix.mg", home / "matrix.eg")]
+
+    def test_a_stop_leaves_nothing_behind(self):
+        player = self.ready_engine()
+        home = pathlib.Path(player.directory)
+        (home / "learn").write_text(f"{START}\n0\n" * 300000)
+        player.send("learnfile2matrix learn matrix")
+        engine.wait_until((home / "matrix.eg.new").exists, "the begin")
+        player.send("?")
+        self.assertEqual(player.ready(), ["Stopped: no matrix has been written."])
+        self.assertEqual(list(home.glob("matrix*")), [])
 
     def test_rows(self):
         player, chance, board, pairs, rows = self.ready_engine(), random.Random(1), Board(), [], ([], [])
@@ -83,9 +94,10 @@ class LearnFile(engine.EngineTest):
         (home / "folder.eg").mkdir()
         for names in ("", "learn", "nothing matrix", "folder.eg matrix", "learn nowhere/matrix", "learn folder"):
             self.assertEqual(self.convert(player, "", closed, names=names), before)
-        for ending in (".mg", ".eg"):
-            (home / f"matrix{ending}.new").symlink_to("/dev/full")
-            text = f"{SHAPES[0]}\n3\n{SHAPES[2]}\n2\n"
+        limits = resource.prlimit(player.process.pid, resource.RLIMIT_FSIZE)
+        resource.prlimit(player.process.pid, resource.RLIMIT_FSIZE, (100, limits[1]))
+        for shape in (SHAPES[0], SHAPES[2]):
+            text = f"{shape}\n3\n"
             self.assertEqual(self.convert(player, text, "Error: the matrix files could not be written!"), before)
         self.assertEqual(player.board(), SHAPES[0])
 

@@ -1,11 +1,15 @@
 """Peers over TCP: real ones on this machine, and sockets that play a peer in every way but the right one."""
 
+import contextlib
 import os
 import pathlib
 import random
 import re
+import shutil
 import signal
 import socket
+import subprocess
+import sys
 import time
 
 import engine
@@ -109,6 +113,19 @@ class RealPeers(PeerTest):
             self.check_gone(*peers)
             self.assertEqual([line for line in peers[0].read_all() if not re.fullmatch(ANSWER, line)], [])
 
+    def test_the_children_of_a_caller_that_goes_first(self):
+        """Whom somebody has called stays with that one; the others go with their maker."""
+        ports = free_ports(self, 3)
+        caller = self.server(ports[0], 2, "remotecaller")
+        called, other = caller.children
+        wait_until(lambda: all(map(is_listening, ports)), "the caller's children")
+        player = self.root(settings=f"remoteClient=127.0.0.1:{ports[1]}\n")
+        caller.read_to(f"Socket created on port {ports[1]}!")
+        caller.process.terminate()
+        self.wait_for_end([caller.process.pid, other])
+        self.check_work(player, called)
+        self.assertEqual((player.quit(), self.errors(player)), (0, []))
+
     def test_the_address_to_listen_on(self):
         """Another loopback address stands for all the others that a machine has."""
         for settings, heard in (("", True), ("listenAddress=127.0.0.1\n", False)):
@@ -121,6 +138,35 @@ class RealPeers(PeerTest):
             server = self.engine("remotecaller", "1234", words=(), settings=f"{SMALL}listenAddress={address}\n")
             server.expected_end = {1}
             self.assertEqual((server.wait(), len(server.read_all())), (1, 1))
+
+
+class Strangers(PeerTest):
+    def answer_to(self, address, port):
+        with contextlib.suppress(ConnectionError), socket.create_connection((address, port), PATIENCE) as line:
+            line.sendall(MATE.encode())
+            return line.makefile().readline()
+        return ""
+
+    def strangers(self):
+        """Where 198.51.100.7 is an address of this machine."""
+        far, malformed = "198.51.100.7", "198.51.100.7, 198.51.100.7/33"
+        for settings, served in (("", False), (f"acceptFrom=1.2.3.4\nacceptFrom=8.8.8.8 {far}\r\n", True),
+                                 ("acceptFrom=198.51.100.0/24\n", True), (f"acceptFrom={malformed}\n", False)):
+            port, = free_ports(self, 1)
+            peer = self.server(port, 0, settings=settings)
+            self.assertEqual(any(malformed in line for line in peer.told), malformed in settings)
+            self.assertEqual(bool(self.answer_to(far, port)), served, settings)
+            if not served:
+                self.assertTrue(self.answer_to("127.0.0.1", port))
+                self.assertTrue(any(far in line for line in peer.read_to("Neue Verbindung .*")))
+
+    def test_from_a_network_of_its_own(self):
+        inside = ["unshare", "-rn", "sh", "-c", 'ip address add 198.51.100.7 dev lo && ip link set lo up && exec "$@"', "sh"]
+        if not shutil.which("unshare") or subprocess.run([*inside, "true"], capture_output=True).returncode:
+            self.skipTest("no network of its own here")
+        run = subprocess.run([*inside, sys.executable, __file__, engine.Engine.program, "Strangers.strangers"],
+                             capture_output=True, text=True)
+        self.assertEqual(run.returncode, 0, run.stderr)
 
 
 class RawBytes(PeerTest):
@@ -148,23 +194,69 @@ class RawBytes(PeerTest):
         for _ in range(10):
             self.check_mate(MATE.replace("\n", "\r\n"))
         self.check_mate("client_stop\n\n", MATE.replace("\n", "\r"))
+        self.peer.expected_complaints = None
         self.line.sendall(b"x" * 40000)
         self.peer.read_to(OVERRUN)
         self.check_mate("\n" + MATE)
-        self.check_mate("\0" * 70000 + "\n" + MATE)
+        self.check_mate("\0" * 65536 + "\n" + MATE)
+        self.line.sendall(b"x" * 65537)
+        self.check_gone(self.peer)
+
+    def test_other_callers_are_turned_away_and_the_port_stays_taken(self):
+        port, own = self.line.getpeername()[1], self.line.getsockname()[1]
+        for _ in range(3):
+            with contextlib.suppress(ConnectionError), socket.create_connection(("127.0.0.1", port), PATIENCE) as other:
+                self.assertEqual(other.recv(1), b"")
+        second = self.server(port, 0)
+        self.assertNotIn(f"Socket an port {port} gebunden", second.told)
+        self.check_ports(second, NOT_BOUND, [port])
+        self.check_mate(MATE)
+        # The peer asks the system whether the caller is there: timer 2 of a connection is that for keeping it alive.
+        table, row = pathlib.Path("/proc/net/tcp"), rf":{port:04X} \w+:{own:04X} 01 \w+:\w+ 02:"
+        wait_until(lambda: re.search(row, table.read_text()), "the connection's timer")
+
+    def test_nothing_but_words_of_a_search(self):
+        """No file is written, no program started, no move made; that is told once."""
+        self.peer.expected_complaints = None
+        files, target = os.listdir(self.peer.directory), os.path.join(self.peer.directory, "target")
+        for text in ("setoption name WriteLog value true", f"callengine /bin/cat x 1 {target} 5", f"writebook {target}",
+                     f"testeval {target}", "server_createlocalclient", "new", "edit", "#", "Ke1", ".", "e2e4", "eval"):
+            self.line.sendall(f"{text}\nisready\n".encode())
+            self.assertEqual(self.answers.readline(), "readyok\n", text)
+        self.clients(self.peer, 1)
+        self.assertEqual(os.listdir(self.peer.directory), files)
+        self.peer.complaints.seek(0)
+        self.assertEqual(len(self.peer.complaints.readlines()), 1)
+        self.check_mate("edit\n" + MATE)
 
     def test_garbage(self):
+        self.peer.expected_complaints = None
         kings, chance = "client_pos :::::4 ::::::116 w", random.Random(1)
         for text in ("client_pos", "client_pos 200 300 -5 :", kings[:-1], kings.replace("4", "4 4"), "gobbledygook",
                      kings.replace(":", "16 " * 5000 + ":", 1), kings.replace(":4", "6 22 38 :4"), "client_castlings",
                      "client_castlings 5 5 5 5", "client_epfield 119", "client_50moves 99999999999", "client_hash x",
                      "client_history", "client_history " + "1 " * 9000, "client_preparesearch", "\xff\xfe", "a1a1"):
-            noise = bytes(chance.choices(range(256), k=300)).replace(b"e", b"")  # says nothing of "edit" or "quit"
+            noise = bytes(chance.choices(range(256), k=300)).replace(b"q", b"")  # says nothing of "quit"
             # A job that cannot be has no answer, or one; nobody asks for its worth.
             for before in ("", MATE.replace("client_alphabeta", text + "\nclient_alphabeta")):
                 self.line.sendall(f"{before}{text}\nclient_alphabeta 9 9\nclient_stop\n".encode() + noise + b"\n")
             self.line.sendall(MATE.replace(":::0 ", ":::1 ").encode())  # with a mate of its own
             self.assertTrue(any(re.match("cabresult 29998 .* b1b8$", line) for line in self.answers), text)
+
+    def test_a_job_is_judged_as_a_whole(self):
+        """What no position can be is not searched, and nothing of it reaches the board."""
+        good = MATE.replace(":::0 ", ":::1 ").replace("-7 7", "-9 9")  # with a mate and a key of its own
+        for spoilt in (("epfield 123", "epfield 200"), ("epfield 123", "epfield 379"), ("epfield 123", "epfield -133"),
+                       ("castlings 127", "castlings 383"), ("castlings 127", "castlings 1"), ("50moves 0", "50moves 256"),
+                       ("50moves 0", "50moves -1"), ("history ;", f"history {'1 2 ' * 301};"), ("118 w", "118 x"),
+                       ("epfield 123", "epfield 379\nclient_epfield 123")):
+            self.assertIn(spoilt[0], MATE)
+            self.line.sendall((MATE.replace(*spoilt) + good).encode())
+            self.assertRegex(self.answers.readline(), "^cabresult 29998 .* b1b8$", spoilt)
+        self.line.sendall((MATE + "isready\n").encode().replace(b"alphabeta", b"stop"))
+        self.assertEqual(self.answers.readline(), "readyok\n")
+        self.peer.signal(signal.SIGTERM)
+        self.assertEqual(self.peer.read_all()[-1], "board: 6k1/5ppp/8/8/8/8/8/1R4K1 w - - 0 1")
 
     def test_a_signal_while_jobs_are_waiting(self):
         for _ in range(10):
@@ -205,7 +297,9 @@ class FakePeers(PeerTest):
             answer, alone = (one.go("depth 12", game) for one in (player, self.root()))
             self.assertEqual((player.quit(), peer.thread.join(PATIENCE), peer.torn_jobs), (0, None, 0))
             count = len(peer.lines) // 8
-            self.assertEqual(divmod(answer.nodes, 10**9), (count, alone.nodes))
+            counted, own = divmod(answer.nodes, 10**9)
+            self.assertTrue(0 < counted <= count, (counted, count))  # on a busy machine one may be late
+            self.assertEqual(own, alone.nodes)
             told = [[(line["depth"], line["pv"], line["score"]) for line in one.main_lines] for one in (answer, alone)]
             self.assertEqual((told[0], answer.best), (told[1], alone.best))
             *earlier, last = self.keys(fen, [*moves, forced])
@@ -229,26 +323,32 @@ class FakePeers(PeerTest):
         self.assertEqual(words.count("client_alphabeta"), words.count("client_stop"))
 
     def test_a_silent_peer(self):
-        """It is waited for once, and for three seconds; its late answer brings it back."""
+        """Nobody waits for it; after three seconds that is written down, and its late answer brings it back."""
         good, silent = FakePeer(self), FakePeer(self)
         player = self.root(good, silent)
         good.answer_all("client_stop", lambda *_: "cabresult 0 1 1 0 0 \n")
         begun = time.monotonic()
         answer = player.go("depth 6", "startpos")
-        self.assertGreater(time.monotonic() - begun, 2.9)
+        self.assertLess(time.monotonic() - begun, 2.5)
         self.check_search(Board(), answer)
         first = Board().play(Board().find(answer.moves_at(5)[0]))
         told = [f"T put remote client 2 in error state (splitRootSearch)! position: {first.fen()}"]
-        self.assertEqual(self.errors(player), told)
+        self.assertEqual(self.errors(player), [])
         self.check_search(Board(), player.go("depth 7", "startpos"))
         silent.wait_for("client_stop")
-        silent.send("cabresult 0 1 1 0 0 e7e5\n")
+        for byte in "cabresult 0 1 1 0 0 e7e5":  # the time runs out in the middle of it
+            silent.send(byte)
+            time.sleep(0.2)
+        self.assertEqual(self.errors(player), told)
+        silent.send("\n")
         told.append("time = T: ACSP recovered from error state!")
         wait_until(lambda: self.errors(player) == told, "the late answer")
-        silent.answer_all("client_stop", lambda *_: "cabresult 0 1000000000 1 0 0 \n")
-        self.assertGreater(player.go("depth 7", "startpos").nodes, 10**9)
+        silent.answer_all("client_alphabeta", lambda *_: time.sleep(0.5) or "cabresult 0 1 1 0 0 \n")
+        for _ in range(3):  # an answer in time is not worth a line
+            self.check_search(Board(), player.go("depth 7", "startpos"))
+            time.sleep(1.5)
         self.assertEqual((player.quit(), self.errors(player), silent.thread.join(PATIENCE)), (0, told, None))
-        self.assertEqual([peer.lines.count("client_preparesearch") for peer in (good, silent)], [3, 2])
+        self.assertEqual([peer.lines.count("client_preparesearch") for peer in (good, silent)], [5, 4])
 
     def test_peers_of_every_kind_but_good_ones(self):
         hello, answer, gone, reset, stay = "info hello", "cabresult 0 1 1 0 0 ", FakePeer.hang_up, FakePeer.reset, id

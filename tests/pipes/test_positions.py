@@ -153,6 +153,9 @@ class Positions(engine.EngineTest):
         for given in ("4k3/8/8/8/8/8/4P3/4K2R w K - 0 1", "4k3/8/8/8/8/8/4P3/4K2R w K -",
                       "4k3/8/8/8/8/8/4P3/4K2R w K - 0"):
             self.assertEqual(self.board_behind("position fen " + given), "4k3/8/8/8/8/8/4P3/4K2R w K - 0 1")
+        for given in ("r3k3/8/8/8/8/8/8/R4K1R b", "r3k3/8/8/8/8/8/8/R4K1R b KQ"):
+            for command in ("position fen ", "fen "):
+                self.assertEqual(self.board_behind(command + given), "r3k3/8/8/8/8/8/8/R4K1R b - - 0 1")
         self.assertEqual(self.board_behind("fen " + KEPT), KEPT)
 
     def test_an_unusable_fen_keeps_the_old_position(self):

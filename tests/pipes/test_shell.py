@@ -1,13 +1,19 @@
 """The process around the engine: start words, log, settings, end of input, signals, shared memory."""
 
+import fcntl
 import os
 import pathlib
 import re
+import resource
+import select
 import signal
+import socket
 import tempfile
+import time
 import unittest
 
 import engine
+from fixtures.fake_peer import free_ports, is_listening
 from rules import Board
 from test_uci import IDENTIFICATION, MIDDLE_GAME, PAWN_ENDING, report
 
@@ -26,7 +32,25 @@ def segments():
 
 
 def segments_of(*players):
-    return {key for key, creator in segments() if creator in [player.process.pid for player in players]}
+    """One without a name (0) goes with the last process that looks at it, which may be any engine that starts."""
+    return {key for key, creator in segments() if key and creator in [player.process.pid for player in players]}
+
+
+def wait_for_last_user(player):
+    engine.wait_until(lambda: player.process.pid not in [creator for _, creator in segments()], "the last user")
+
+
+def most_memory(player):
+    """The most that the engine has used so far, in bytes."""
+    status = pathlib.Path(f"/proc/{player.process.pid}/status").read_text()
+    return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1]) * 1024
+
+
+def is_link_to(link, path):
+    try:
+        return os.readlink(link) == path
+    except OSError:  # of a process that has gone, or is not ours
+        return False
 
 
 class StartWords(engine.EngineTest):
@@ -45,6 +69,22 @@ class StartWords(engine.EngineTest):
         self.assertEqual(self.run_with("uci\nisready")[0][-1], "readyok")
 
 
+    def test_a_line_without_end_is_passed_over(self):
+        longest, most = 1 << 20, 24 << 20
+        refusal = f"a line of more than {longest} characters is passed over"
+        for word, form in (("uci", "info string Error: "), ("xboard", "tellusererror "), ("console", "Error: ")):
+            player = self.engine(words=())
+            player.send("x" * most + " " + word)  # a word in front is as good as any other
+            player.ready()
+            before = most_memory(player)
+            player.send("eval quit " + "x" * most)
+            self.assertEqual(player.ready(), [form + refusal])
+            self.assertLess(most_memory(player) - before, most // 2)
+            player.send(" " * longest)  # this one is not too long
+            self.assertEqual(player.ready(), [])
+            self.assertEqual(player.quit(), 0)
+
+
 class Log(engine.EngineTest):
     def log(self, directory, number):
         with open(os.path.join(directory, f"valkucom{number}.log")) as file:
@@ -60,6 +100,24 @@ class Log(engine.EngineTest):
             log = self.log(directory, 3)
             self.assertRegex(log, r"(?s)^< \d{10}:\nid name Valku 4\.00\n")
             self.assertRegex(log, r"\n> \d{10}:\neval\n< \d{10}:\ninfo string eval is: 8\n\n> \d{10}:\nquit\n$")
+
+    def test_engines_that_log_side_by_side(self):
+        with tempfile.TemporaryDirectory() as directory:
+            os.symlink("elsewhere", os.path.join(directory, "valkucom2.log"))
+            players = [self.engine(words=(), directory=directory) for _ in range(8)]
+            for player in players:
+                player.send("uci_log", f"x{player.process.pid}")
+            for player in players:
+                player.ready()
+            self.assertEqual(files(directory), sorted(f"valkucom{n}.log" for n in range(1, 10)))
+            logs = [self.log(directory, number) for number in (1, *range(3, 10))]
+            self.assertEqual([len(re.findall(r"\nx\d+\n", log)) for log in logs], [1] * 8)
+
+    def test_children_do_not_hold_the_file(self):
+        player = self.ready_engine(words=("uci_log",), settings="numberOfLocalClients=1\n")
+        log = os.path.join(player.directory, "valkucom1.log")
+        holders = [link for link in pathlib.Path("/proc").glob("[0-9]*/fd/*") if is_link_to(link, log)]
+        self.assertEqual([link.parts[2] for link in holders], [str(player.process.pid)])
 
     def test_the_option_switches_the_log(self):
         player = self.ready_engine()
@@ -146,10 +204,17 @@ class Settings(engine.EngineTest):
                 self.assertEqual(player.ready(), report())
                 self.assertEqual(player.quit(), 0)
 
-    def test_a_directory_that_cannot_be_written(self):
-        player = self.ready_engine(words=("uci_log",), directory="/proc")  # even root makes no file there
-        self.check_search(Board(), player.go("depth 5", "startpos"))
-        self.assertEqual(player.quit(), 0)
+    def test_a_log_that_cannot_be_written(self):
+        for limit, directory in ((resource.RLIM_INFINITY, "/proc"), (2000, None)):  # even root makes no file in /proc
+            player = self.engine(words=(), directory=directory)
+            resource.prlimit(player.process.pid, resource.RLIMIT_FSIZE, (limit, limit))
+            player.expected_complaints = "valku: the log cannot be written\n"
+            player.send("uci_log", *["eval"] * 100)
+            player.ready()
+            player.send("setoption name KingSafety value 100")
+            self.assertEqual(player.ready(), report())
+            self.check_search(Board(), player.go("depth 5", "startpos"))
+            self.assertEqual(player.quit(), 0)
 
 
 class EndOfInput(engine.EngineTest):
@@ -216,6 +281,62 @@ class Signals(engine.EngineTest):
         self.assertEqual(player.quit(), 0)
 
 
+class UnreadOutput(engine.EngineTest):
+    """A pipe for the output that takes a few lines and then is full."""
+
+    def full_engine(self, *arguments, settings=None, words=("uci", "position startpos", "go infinite")):
+        self.reading, writing = os.pipe()
+        self.addCleanup(os.close, self.reading)
+        self.addCleanup(os.close, writing)
+        fcntl.fcntl(writing, fcntl.F_SETPIPE_SZ, 4096)
+        player = self.engine(*arguments, stdout=writing, settings=settings, words=words)
+        if words:
+            engine.wait_until(lambda: not select.select([], [writing], [], 0)[1], "a full pipe")
+        return player
+
+    def test_every_end(self):
+        commands = ("uci", *["isready"] * 2000)  # the commands themselves are stuck, not the search
+        ends = [(engine.Engine.end_input, 0), (lambda player: player.send("quit"), 0)]
+        ends += [(lambda player, number=number: player.signal(number), -number)
+                 for number in (signal.SIGTERM, signal.SIGINT)]
+        players = []
+        for words in (("uci", "position startpos", "go infinite"), commands):
+            for end, code in ends:
+                if words == commands and code == 0 and end is not engine.Engine.end_input:
+                    continue  # nobody can read a word behind commands that are stuck
+                players.append((self.full_engine(words=words, settings="numberOfLocalClients=1\n"), code))
+                end(players[-1][0])
+        for player, code in players:
+            self.assertEqual(player.wait(), code)
+            self.assertEqual(segments_of(player), set())
+            wait_for_last_user(player)
+
+    def test_a_slow_reader_gets_every_line(self):
+        player = self.full_engine(words=("uci", *["isready"] * 2000, "go depth 6"))
+        player.end_input()
+        time.sleep(2)
+        text = b""
+        while not re.search(rb"\nbestmove .*\n", text):
+            text += os.read(self.reading, 1000)
+        self.assertEqual((text.count(b"readyok\n"), player.wait()), (2000, 0))
+
+    def test_a_peer_does_not_wait_for_onlookers(self):
+        port, = free_ports(self, 1)
+        player = self.full_engine("remoteserver", str(port), words=())
+        engine.wait_until(lambda: is_listening(port), "a peer that listens")
+        with socket.create_connection(("127.0.0.1", port), engine.PATIENCE) as caller:
+            for _ in range(40):
+                caller.sendall(b"isready\n" * 1000)
+                received = b""
+                while len(received) < 8000:
+                    received += caller.recv(8000)
+                self.assertEqual(received, b"readyok\n" * 1000)
+            caller.sendall(b"quit\n")
+            self.assertEqual(player.wait(), 0)
+        seen = os.read(self.reading, 65536)
+        self.assertRegex(seen, b"(?s)^Winsock gestartet!\n.*\nreadyok\n")
+
+
 class SharedTables(engine.EngineTest):
     def test_engines_side_by_side(self):
         players = [self.engine() for _ in range(3)]
@@ -245,6 +366,22 @@ class SharedTables(engine.EngineTest):
         for heir in heirs:
             self.assertEqual(heir.quit(), 0)
         self.assertEqual(segments_of(victim, *heirs), set())
+
+    def test_a_start_that_is_broken_off_leaves_nothing(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP) * 4:
+            player = self.engine(settings="numberOfLocalClients=8\n")
+            player.read_to(engine.NEW_TABLE)
+            player.signal(number)
+            self.assertEqual(player.wait(), -number)
+            self.assertEqual(segments_of(player), set())
+            wait_for_last_user(player)
+        player = self.engine(settings="TBPath=.\n", words=())
+        with open(os.path.join(player.directory, "kpk.nbw"), "wb") as table:
+            table.write(b"no table")
+        player.send("uci")
+        player.expected_end.add(1)
+        self.assertEqual(player.wait(), 1)
+        self.assertEqual(segments_of(player), set())
 
     def test_joining_a_live_table(self):
         owner = self.engine(settings="nHashTables=65536\n")

@@ -23,7 +23,7 @@ class ToolTest(engine.EngineTest):
 
     def told(self, *lines):
         """What the tools say in console mode, behind the greeting."""
-        output, code = self.run_with("\n".join(("console", *lines, "")), directory=str(self.home))
+        output, code = self.run_with("\n".join(("console", *lines, "quit", "")), directory=str(self.home))
         self.assertEqual(code, 0)
         return output[output.index("rootSearchProcess") + 1:]
 
@@ -54,6 +54,17 @@ class Ranges(ToolTest):
                          # Two records of the same positions and distance are one.
                          f"{KPK}\n0\neval 1st = {value}, eval 2nd = 0, diff = {value} "
                          f"[{value + 1},{value + 50}], abs = 1\n\n")
+
+    def test_a_stop_ends_it_with_what_it_has(self):
+        os.mkfifo(self.home / "ranges")
+        player = self.ready_engine(directory=str(self.home))
+        player.send("testeval ranges")
+        record = f"{KPK}\n0\n-9999 9999\n".encode() * 2000  # more than a pipe takes: the engine has begun
+        with open(self.home / "ranges", "wb", buffering=0) as ranges, self.assertRaises(BrokenPipeError):
+            ranges.write(record * 2)
+            player.send("stop")
+            ranges.write(record * 99)
+        self.assertRegex(player.ready()[0], r"^Eval was wrong in 0 positions of \d+ ")
 
     def test_files_without_ranges(self):
         empty = "Eval was wrong in 0 positions of 0 (0.00%). Diffsum = 0, SquaredSum = 0. "
@@ -108,6 +119,20 @@ class Games(ToolTest):
             "Other - The valku of mine (1/2-1/2): rnbqkbnr/pppppppp/8/8/3P4/8/PPP1PPPP/RNBQKBNR b KQkq - 0 1",
             "own: 0.70 ; opp: -0.40  (½-½)".encode().decode("latin-1")])
         self.assertEqual(sum(line.startswith("info string eval is: ") for line in lines), 3)
+
+    def test_a_stop_at_the_question(self):
+        for word in ("?", "quit"):
+            player = self.engine(words=("console", "checkMissEvals " + self.write("games.pgn", GAMES)),
+                                 directory=str(self.home))
+            player.read_to("info string eval is: .*")
+            player.send(word)
+            if word == "?":
+                lines, idle = player.settled()
+                self.assertTrue(idle)
+            else:
+                self.assertEqual(player.wait(), 0)
+                lines = player.read_all()
+            self.assertFalse([line for line in lines if line.startswith("own: ")])
 
     def test_quiet_positions(self):
         chance, text, reached = random.Random(4), "", set()

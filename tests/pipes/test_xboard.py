@@ -1,6 +1,7 @@
 """XBoard mode: moves from the interface in every state of the engine, pondering, analysis, clocks, whole games."""
 
 import random
+import time
 import unittest
 
 import engine
@@ -216,6 +217,8 @@ class Xboard(engine.EngineTest):
                 self.assertTrue(self.is_line(boards[-1], THINKING.fullmatch(line)["pv"]), f"{line} behind {text}")
         player.send("exit", "force", f"fen {MATE_IN_ONE}", "analyze")
         lines = player.read_to("100 .*")  # searched to the last depth at once
+        time.sleep(0.5)
+        self.assertLessEqual(len(player.ready()), 1)  # of the same iteration; there is no more to say
         player.send("a1a8")
         lines += player.read_to("result .*")
         player.send("undo", "a1a2", "exit", "undo", "analyze", "force")

@@ -44,7 +44,7 @@ TEST(ChildProcessThreadsTest, PathsArgumentsWordsAndLinesArriveWhole) {
     std::filesystem::copy_file(VALKU_PLATFORM_PROGRAM, program);
     Partner child({"echo", "two words", "", "$HOME;\"quoted\""}, program.string());
     EXPECT_FALSE(child.hasEnded());
-    const std::string text(3'000'000, 'a');
+    const std::string text(1'000'000, 'a');
     std::thread writer([&] {
         EXPECT_TRUE(child.write(" \n\t uci  rest\r\n\n" + text + "\nlast"));
         child.closeInput();

@@ -56,6 +56,18 @@ TEST(SocketThreadsTest, AConnectionEchoesLongTextsAndSeesTheOtherSideClose) {
     EXPECT_NE(far.send("text\n"), 0);
 }
 
+TEST(SocketTest, AnUnreadTextIsGivenUp) {
+    Socket door = listener(1);
+    Socket near;
+    Socket far;
+    ASSERT_TRUE(near.create() == 0 && near.connect("127.0.0.1", door.localPort()) == 0);
+    ASSERT_EQ(door.accept(far), 0);
+    EXPECT_EQ(near.send("read\n", 10), 0);
+    EXPECT_EQ(near.send(std::string(64'000'000, 'x'), 100), ETIMEDOUT);
+    EXPECT_TRUE(far.hasInput(1000));
+    EXPECT_FALSE(near.hasInput(1));
+}
+
 TEST(SocketTest, FailuresToConnectAreToldApart) {
     Socket door = listener(0);
     const std::uint16_t port = door.localPort();

@@ -7,6 +7,7 @@
 #include "search/hash_table.h"
 #include "search/process_state.h"
 #include "search/tablebase_port.h"
+#include "search/thinking_state.h"
 
 namespace valku {
 namespace {
@@ -29,7 +30,8 @@ TEST(Settings, PathsPeersAndClients) {
     EXPECT_EQ(bookFile, "/books/small one.bk");
     bookFile = "<empty>";
 
-    for (const char* value : {"one:4000", "two", "three:0", "four:-1", "five:x", "six:4001", ":4002"})
+    for (const char* value :
+         {"one:4000", "two", "three:0", "four:-1", "five:x", "five:65536", "six:4001", ":4002"})
         applySettingsLine(std::string("remoteClient=") + value);
     ASSERT_EQ(remotePeers.size(), 3u);
     EXPECT_EQ(remotePeers[0].host, "one");
@@ -39,6 +41,31 @@ TEST(Settings, PathsPeersAndClients) {
     ASSERT_EQ(remotePeers.size(), 128u);  // no more than there can be processes
     EXPECT_EQ(remotePeers[127].port, 125);
     remotePeers.clear();
+}
+
+// A check that fails leaves what an earlier line has set; a fixed depth alone falls back to none.
+TEST(Settings, ValuesThatFailTheirCheck) {
+    const struct {
+        const char* key;
+        i32& value;
+        i32 behindZero, behindMinus;
+    } cases[] = {
+        {"numberOfLocalClients=", numberOfLocalClients, 2, 2},
+        {"quickPlay=", quickPlay, 0, 0},
+        {"TBdistance=", TBdistance, 0, 2},
+        {"dummy2=", storedSettings.dummy2, 0, -1},
+    };
+    for (const auto& row : cases) {
+        const i32 before = row.value;
+        const auto behind = [&](const char* value) {
+            applySettingsLine(std::string(row.key) + "2");
+            applySettingsLine(std::string(row.key) + value);
+            return row.value;
+        };
+        EXPECT_EQ(behind("0"), row.behindZero) << row.key;
+        EXPECT_EQ(behind("-1"), row.behindMinus) << row.key;
+        row.value = before;
+    }
 }
 
 }  // namespace

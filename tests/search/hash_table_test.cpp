@@ -121,6 +121,30 @@ TEST_F(HashTable, PinnedPositionsYieldToAMateOnly) {
     EXPECT_FALSE(probeHash(state, entry));
 }
 
+// The mark of the last search is what keeps a pinned entry from the next store to its bucket. It counts
+// whether the table has been aged ahead or not, until that next search.
+TEST_F(HashTable, PinnedPositionsKeepTheMarkOfTheLastSearch) {
+    setPosition("4k3/8/8/8/8/8/8/R3K3 b Q - 0 1");
+    const StateRecord& state = *gamePosition.state;
+    HashEntry& entry = hashTable[state.hashLow & hashMask].entries[0];
+    const auto isMarkedWhenPinned = [&](HashReadiness readiness, int walks) {
+        clearHashTable();
+        storeLowerBound(1, state.hashHigh, state.hashLow, 5, 40, 0x22, 0, 0);
+        hashReadiness = readiness;
+        for (int i = 0; i < walks; ++i) ageHashTable();
+        pinPosition(gamePosition, 120);
+        EXPECT_EQ(entry.fiftyMargin(), 7);
+        const int flags = entry.flags;
+        unpinPosition(gamePosition);
+        EXPECT_EQ(entry.flags, flags & ~HashEntry::usedFlag);
+        return (flags & HashEntry::usedFlag) != 0;
+    };
+    EXPECT_TRUE(isMarkedWhenPinned(HashReadiness::none, 0));
+    EXPECT_TRUE(isMarkedWhenPinned(HashReadiness::aged, 1));
+    EXPECT_FALSE(isMarkedWhenPinned(HashReadiness::aged, 2));
+    EXPECT_FALSE(isMarkedWhenPinned(HashReadiness::none, 1));
+}
+
 // A second opening of the table gives the same memory, cleared, and has to be given back as well.
 TEST_F(HashTable, OpenedBlocksAreCounted) {
     lower(7, 20, 8);
