@@ -1,6 +1,7 @@
 """The protocol as an interface sees it: identification, options, searches of every kind and their lines."""
 
 import re
+import signal
 import time
 import unittest
 
@@ -64,6 +65,51 @@ class Start(engine.EngineTest):
         self.check_search(Board(), player.answer())
 
 
+class LargeTable(engine.EngineTest):
+    """What a large hash table takes of time is not taken from a search, nor does it keep the end waiting."""
+
+    BLOCKED = "8/8/k1p1p1p1/p1P1P1P1/P1K5/8/8/8 w - - 0 1"  # a few thousand positions, however deep
+
+    @staticmethod
+    def table_memory(player, field):
+        """A field of the kernel's account of the shared table, in bytes."""
+        with open(f"/proc/{player.process.pid}/smaps") as file:
+            table = re.search(rf"/SYSV.*\n(?:[A-Z].*\n)*?{field}: +(\d+) kB", file.read())
+        return int(table[1]) * 1024
+
+    def test_a_new_table_is_in_memory_before_the_engine_is_ready(self):
+        player = self.ready_engine()
+        for buckets in (2097152, 1048576):
+            self.assertEqual(self.table_memory(player, "Rss"), buckets * 48)
+            player.send("setoption name Hash value 64")
+            player.ready()
+
+    def test_no_search_pays_for_the_preparation_of_the_table(self):
+        for preserve in ("true", "false"):
+            player = self.ready_engine("Hash value 64", f"PreserveHash value {preserve}")
+            whole = self.table_memory(player, "Rss")
+            for search in range(3):
+                with open(f"/proc/{player.process.pid}/clear_refs", "w") as file:
+                    file.write("1\n")  # forgets which pages have been touched
+                player.send("position fen " + self.BLOCKED, "go infinite")
+                player.read_until(lambda line: line.startswith("info depth 9 "))
+                touched = self.table_memory(player, "Referenced")
+                self.assertLess(touched, whole / 2, (preserve, search))
+                player.send("stop")
+                player.answer()
+                self.assertEqual(player.ready(), [])
+            self.assertEqual(player.quit(), 0)
+
+    def test_the_end_comes_while_the_table_is_prepared(self):
+        ends = {"quit": lambda player: player.send("quit"), "end of input": lambda player: player.end_input(),
+                "signal": lambda player: player.signal(signal.SIGTERM)}
+        for name, end in ends.items():
+            player = self.ready_engine("Hash value 1024", "PreserveHash value false")
+            player.go("depth 6", "startpos")
+            end(player)
+            self.assertEqual(player.wait(), -signal.SIGTERM if name == "signal" else 0, name)
+
+
 class Options(engine.EngineTest):
     def test_every_option_that_reports(self):
         cases = [
@@ -77,6 +123,7 @@ class Options(engine.EngineTest):
             ("PairOfBishops", 25, dict(bish=8)),
             ("TwoKnightsMalus", 150, dict(knights=9)),
             ("KingSafety", 250, dict(ksft=250)),
+            ("TBDistance", 123456789, dict(tbd=123456789)),
             ("TimeUsage", 50, dict(fai=300)),
             ("TimeUsage", 200, dict(fai=75)),
             ("TimeUsage", 400, dict(fai=37)),
@@ -102,6 +149,16 @@ class Options(engine.EngineTest):
             "pawnvalue value 50", "PawnValue  value 50", "value", "", "UCI_SetPositionValue value ")))
         player.send("setoption", "setoption name")
         self.assertEqual(player.ready(), [])
+
+    def test_options_that_leave_a_search_alone(self):
+        player = self.ready_engine()
+        player.send("go infinite", *(f"setoption name {text}" for text in (
+            "Ponder value true", "BestBookMovesOnly value false", "Dummy2 value 7", "ReactionOnShowEval value true",
+            "no such option value 1", "", "WriteLog value true", "PreserveHash value true")))
+        seen = player.read_to("ksft.*") + player.read_to("ksft.*") + player.ready()
+        self.assertFalse([line for line in seen if line.startswith("bestmove")])
+        player.send("setoption name PawnValue value 100")  # this one the search reads
+        player.read_to("bestmove .*")
 
     def test_options_with_texts_of_their_own(self):
         player = self.ready_engine()
@@ -153,6 +210,20 @@ class Options(engine.EngineTest):
         self.assertGreater(evaluation(player), calm)
         player.send("setoption name KingSafety value 100")
         self.assertEqual(evaluation(player), calm)
+
+    def test_an_evaluation_during_a_search_leaves_it_alone(self):
+        shown, position = re.compile("info string eval is: (-?[0-9]+)"), f"fen {START.replace('QKB', '1KB')}"
+        calm, asked = self.ready_engine(), self.ready_engine()
+        calm.send("position " + position, "eval")
+        value = calm.read_to(shown.pattern)[-1]
+        asked.send("position " + position, "go depth 12")
+        lines = asked.read_to(f"(?:{engine.ROOT_MOVE.pattern})")
+        for _ in range(50):
+            asked.send("eval")
+            lines += asked.read_to(shown.pattern)
+            self.assertEqual(lines.pop(), value)
+        self.assertFalse([line for line in lines if line.startswith("bestmove")], "the search was too short")
+        self.assertEqual(asked.answer(lines).without_times(), calm.go("depth 12").without_times())
 
     def test_tables_between_searches(self):
         def nodes(player):
