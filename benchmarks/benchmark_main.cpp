@@ -10,15 +10,15 @@
 #include "chess/tables.h"
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
-#include "distributed/split_root_search.h"
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
+#include "platform/text_sink.h"
 #include "protocol/parameters.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/search_ports.h"
+#include "search/split_port.h"
+#include "thinking/search_observer.h"
 
 // The engine's start-up with its tables at their default sizes, but with nobody to talk to.
 
@@ -31,22 +31,8 @@ class SilentSink final : public TextSink {
     void send(std::string_view) override {}
 };
 
-class SilentObserver final : public SearchObserver {
-  public:
-    void clockRead(i32, double, double) override {}
-    void timeScheduled(double, double) override {}
-    void rootMoveBegun(i32, Move, i32, const StateRecord&) override {}
-    void mainLineFound(i32, i32, const Line&, bool) override {}
-    void failedHigh(i32, i32) override {}
-    void failedLow(i32, i32, const Line&) override {}
-    void timeRanOut() override {}
-    void moveChosen(Move) override {}
-    void moveMade() override {}
-    void bookMoveMade(Move, char) override {}
-};
-
 SilentSink sink;
-SilentObserver observer;
+SearchObserver observer;
 
 void startEngine() {
     textSink = &sink;
@@ -56,14 +42,8 @@ void startEngine() {
     linkHistoryTables();
     initBookWeights();
     initParameters();
-    searchPorts = {
-        .observer = &observer,
-        .prepareSearches = prepareSearches,
-        .prepareAhead = [] { rootSearchProcess->prepareAhead(); },
-        .splitRootSearch = splitRootSearch,
-        .splitSearch = splitSearch,
-        .tryBookMove = [] { return false; },
-    };
+    searchObserver = &observer;
+    splitSearchPort = splitSearch;
     rootSearchProcess = std::make_unique<RootSearchProcess>(false);
     enterProcess(*rootSearchProcess);
 }

@@ -3,7 +3,7 @@
 #include "benchmark_engine.h"
 #include "chess/position.h"
 #include "eval/evaluate.h"
-#include "search/root_search.h"
+#include "search/search_job.h"
 
 namespace valku {
 

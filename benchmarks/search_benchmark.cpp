@@ -4,8 +4,8 @@
 #include "eval/pawn_table.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/thinking.h"
-#include "search/thinking_state.h"
+#include "thinking/thinking.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 

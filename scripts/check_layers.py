@@ -16,7 +16,8 @@ LEVELS = [
     ["eval"],
     ["search"],
     ["distributed", "book", "tablebases"],
-    ["protocol", "tablemaker"],
+    ["thinking", "tablemaker"],
+    ["protocol"],
     ["tools"],
     ["shell"],
 ]

@@ -4,15 +4,6 @@
 #include <random>
 
 #include "book/book_settings.h"
-#include "book/opening_book.h"
-#include "chess/game.h"
-#include "chess/move_text.h"
-#include "platform/clock.h"
-#include "search/process_state.h"
-#include "search/search_control.h"
-#include "search/search_ports.h"
-#include "search/stop_word.h"
-#include "search/thinking_state.h"
 
 namespace valku {
 
@@ -47,37 +38,16 @@ const BookMove* pickMove(const std::vector<BookMove>& moves) {
     return nullptr;
 }
 
-// The move stands ready; timeUsedUp lets whoever ends the pondering end the wait at once.
-void awaitEndOfPondering() {
-    timeUsedUp = true;
-    while (pondering && !stopSignalOutside()) sleepMilliseconds(1);
-    timeUsedUp = false;
-}
-
 }  // namespace
 
 void seedBookChoice(u64 seed) {
     generator.seed(static_cast<std::mt19937::result_type>(seed ^ seed >> 32));
 }
 
-bool tryBookMove() {
-    if (analyzing) return false;
-    const std::vector<BookMove> moves = bookMoves(gamePosition.state->hashHigh, gamePosition.state->hashLow);
+std::optional<BookMove> pickBookMove(const Position& position) {
+    const std::vector<BookMove> moves = bookMoves(position.state->hashHigh, position.state->hashLow);
     const BookMove* picked = pickMove(moves);
-    if (!picked) return false;
-    // Another position with the same 48 bits may have given an impossible move.
-    const Move move = withPromotion(findLegalMove(picked->from, picked->to, gamePosition), picked->promotion);
-    if (move == nullMove) return false;
-
-    minimalSearchPending = false;
-    if (pondering) awaitEndOfPondering();
-    noAutoPonder = true;
-    if (abortThinking || (pondering && protocolMode != protocolUci)) return true;
-    answerGiven = true;
-    searchPorts.observer->moveChosen(move);
-    changeGame([&] { playGameMove(move); });
-    searchPorts.observer->bookMoveMade(move, static_cast<char>(picked->value));
-    return true;
+    return picked ? std::optional(*picked) : std::nullopt;
 }
 
 }  // namespace valku

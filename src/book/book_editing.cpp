@@ -4,7 +4,7 @@
 #include "book/opening_book.h"
 #include "chess/move_text.h"
 #include "chess/side.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

@@ -10,8 +10,8 @@
 #include "book/opening_book.h"
 #include "chess/types.h"
 #include "platform/file_replacement.h"
-#include "search/format_text.h"
-#include "search/output.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 #include "search/process_state.h"
 
 namespace valku {

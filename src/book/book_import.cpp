@@ -12,10 +12,10 @@
 #include "book/pgn_reader.h"
 #include "book/text_book.h"
 #include "chess/fen.h"
-#include "chess/number_text.h"
-#include "search/format_text.h"
-#include "search/long_command.h"
-#include "search/output.h"
+#include "platform/format_text.h"
+#include "platform/long_command.h"
+#include "platform/number_text.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

@@ -4,9 +4,8 @@
 
 #include "chess/move_text.h"
 #include "chess/position.h"
-#include "search/format_text.h"
-#include "search/output.h"
-#include "search/thinking_state.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 
@@ -17,10 +16,10 @@ void showBookStats() {
     sendText(text);
 }
 
-void showBookMoves() {
+void showBookMoves(bool onMove) {
     const StateRecord& state = *gamePosition.state;
     const std::vector<BookMove> moves = bookMoves(state.hashHigh, state.hashLow);
-    if (moves.empty() || pondering) {
+    if (moves.empty() || !onMove) {
         sendText("No moves for this position in the opening book!\n");
         return;
     }

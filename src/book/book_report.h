@@ -9,8 +9,8 @@ namespace valku {
 // How many moves of each value.
 void showBookStats();
 
-// The moves of gamePosition; none while the engine ponders, since the board then holds a guess.
-void showBookMoves();
+// The moves of gamePosition; none unless `onMove`, since the board may hold a guess.
+void showBookMoves(bool onMove);
 
 // The sizes, then the moves of each value.
 void reportBookSize();

@@ -1,7 +1,7 @@
 #include "book/dialog.h"
 
 #include "platform/raw_io.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

@@ -8,8 +8,8 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/pgn_move.h"
-#include "search/long_command.h"
-#include "search/output.h"
+#include "platform/long_command.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

@@ -6,8 +6,8 @@
 
 #include "chess/game.h"
 #include "chess/move_text.h"
-#include "chess/number_text.h"
-#include "search/long_command.h"
+#include "platform/long_command.h"
+#include "platform/number_text.h"
 
 namespace valku {
 

@@ -1,19 +1,10 @@
 #pragma once
 
-#include <cstdint>
+#include "platform/integers.h"
 
 // Squares, piece codes and the move word: the vocabulary of the chess core.
 
 namespace valku {
-
-using i8 = std::int8_t;
-using i16 = std::int16_t;
-using i32 = std::int32_t;
-using i64 = std::int64_t;
-using u8 = std::uint8_t;
-using u16 = std::uint16_t;
-using u32 = std::uint32_t;
-using u64 = std::uint64_t;
 
 // The value of Position::sideToMove, and the parameter of every rule that the two colours share.
 enum Color : u8 { Black = 0, White = 1 };

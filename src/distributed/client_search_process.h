@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "distributed/search_job.h"
 #include "distributed/search_process.h"
+#include "search/search_job.h"
 
 namespace valku {
 

@@ -14,10 +14,10 @@
 #include "distributed/root_search_process.h"
 #include "distributed/standard_search_process.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
 #include "platform/process.h"
-#include "search/format_text.h"
+#include "platform/text_sink.h"
 #include "search/hash_table.h"
-#include "search/output.h"
 #include "search/process_state.h"
 
 namespace valku {

@@ -6,7 +6,7 @@
 #include "distributed/caller_rule.h"
 #include "distributed/diagnostics.h"
 #include "platform/clock.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 #include "search/process_state.h"
 
 namespace valku {

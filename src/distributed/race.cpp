@@ -5,8 +5,8 @@
 #include "chess/fen.h"
 #include "distributed/diagnostics.h"
 #include "platform/clock.h"
-#include "search/format_text.h"
-#include "search/output.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

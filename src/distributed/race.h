@@ -1,7 +1,7 @@
 #pragma once
 
 #include "distributed/process_lists.h"
-#include "distributed/search_job.h"
+#include "search/search_job.h"
 #include "search/stop_word.h"
 
 namespace valku {

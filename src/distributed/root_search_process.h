@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "distributed/search_job.h"
 #include "distributed/search_process.h"
+#include "search/search_job.h"
 
 namespace valku {
 

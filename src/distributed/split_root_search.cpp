@@ -8,8 +8,8 @@
 #include "distributed/diagnostics.h"
 #include "distributed/race.h"
 #include "distributed/root_search_process.h"
-#include "search/format_text.h"
-#include "search/thinking_state.h"
+#include "platform/format_text.h"
+#include "search/split_port.h"
 
 namespace valku {
 
@@ -21,7 +21,7 @@ constexpr double lateSeconds = 1.0;
 
 bool isWorthARace(i32 depth) {
     if (!hasRemoteClients()) return false;
-    return depth >= raceDepth || (depth >= lateRaceDepth && elapsedSeconds() >= lateSeconds);
+    return depth >= raceDepth || (depth >= lateRaceDepth && secondsAtLastReport >= lateSeconds);
 }
 
 std::string describe(const SearchJob& job, int racers) {

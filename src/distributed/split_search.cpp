@@ -3,7 +3,7 @@
 #include "distributed/diagnostics.h"
 #include "distributed/race.h"
 #include "distributed/standard_search_process.h"
-#include "search/format_text.h"
+#include "platform/format_text.h"
 #include "search/search_state.h"
 
 namespace valku {

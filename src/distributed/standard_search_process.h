@@ -1,7 +1,7 @@
 #pragma once
 
-#include "distributed/search_job.h"
 #include "distributed/search_process.h"
+#include "search/search_job.h"
 
 namespace valku {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "chess/position.h"
-#include "distributed/search_job.h"
+#include "search/search_job.h"
 
 // The text that a parent and its clients exchange, on pipes and over TCP alike. The parent sends a job in
 // lines of client_ words; the client answers each job with one cabresult line, also one that was stopped.

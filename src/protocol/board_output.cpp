@@ -1,7 +1,7 @@
 #include "protocol/board_output.h"
 
 #include "chess/board_text.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 #include "search/process_state.h"
 
 namespace valku {

@@ -6,12 +6,13 @@
 #include "book/book_file.h"
 #include "book/book_import.h"
 #include "book/book_report.h"
+#include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/game_snapshot.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -38,7 +39,7 @@ void writeBook(std::string_view path) {
 }
 
 void showBook() {
-    if (isSettled()) showBookMoves();
+    if (isSettled()) showBookMoves(!pondering);
 }
 
 void addMoveToBook(std::string_view text) {

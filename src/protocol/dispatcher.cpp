@@ -7,11 +7,12 @@
 
 #include "book/book_report.h"
 #include "chess/fen.h"
-#include "chess/number_text.h"
-#include "distributed/client_job.h"
 #include "distributed/clients.h"
+#include "platform/number_text.h"
 #include "platform/raw_io.h"
+#include "platform/text_sink.h"
 #include "protocol/book_commands.h"
+#include "protocol/client.h"
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
@@ -20,11 +21,10 @@
 #include "protocol/search_output.h"
 #include "protocol/tool_port.h"
 #include "protocol/uci.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
-#include "search/thinking_state.h"
-#include "search/time_management.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 

@@ -4,12 +4,12 @@
 
 #include "chess/edited_board.h"
 #include "chess/fen.h"
+#include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/search_output.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
+#include "thinking/search_control.h"
 
 namespace valku {
 

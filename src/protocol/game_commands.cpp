@@ -3,17 +3,17 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "eval/evaluate.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/search_output.h"
 #include "protocol/uci.h"
-#include "search/format_text.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/root_search.h"
-#include "search/search_control.h"
 #include "search/search_interrupt.h"
-#include "search/thinking_state.h"
+#include "search/search_job.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -85,7 +85,7 @@ void showEvaluation() {
         value = evaluate();
     };
     bool done = false;
-    while (!done && !isSettled()) done = doBetweenNodes(evaluateGame);
+    while (!done && !isSettled()) done = doBetweenNodes(evaluateGame, isAnswerOpen);
     if (!done) evaluateGame();
     sendText(formatText("info string eval is: %i\n", value));
 }

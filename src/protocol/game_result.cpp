@@ -1,9 +1,9 @@
 #include "protocol/game_result.h"
 
-#include "search/game_end.h"
-#include "search/output.h"
+#include "chess/game_end.h"
+#include "platform/text_sink.h"
 #include "search/process_state.h"
-#include "search/thinking_state.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 

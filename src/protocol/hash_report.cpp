@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "search/format_text.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 #include "search/hash_table.h"
-#include "search/output.h"
 #include "search/process_state.h"
 
 namespace valku {

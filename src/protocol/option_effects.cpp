@@ -7,7 +7,6 @@
 
 #include "book/book_settings.h"
 #include "chess/fen.h"
-#include "chess/number_text.h"
 #include "chess/piece_values.h"
 #include "distributed/client_settings.h"
 #include "distributed/clients.h"
@@ -15,18 +14,19 @@
 #include "eval/eval_tables.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
+#include "platform/format_text.h"
+#include "platform/number_text.h"
+#include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/hash_report.h"
 #include "protocol/parameters.h"
-#include "search/format_text.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/output.h"
 #include "search/process_state.h"
 #include "search/tablebase_port.h"
-#include "search/time_management.h"
 #include "tablebases/registration.h"
 #include "tablebases/table_cache.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 

@@ -6,20 +6,20 @@
 #include <vector>
 
 #include "book/book_settings.h"
-#include "chess/number_text.h"
 #include "chess/piece_values.h"
 #include "distributed/client_settings.h"
 #include "distributed/peer_socket.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
+#include "platform/number_text.h"
 #include "protocol/engine_services.h"
 #include "protocol/option_effects.h"
 #include "search/hash_table.h"
 #include "search/process_state.h"
 #include "search/search_state.h"
 #include "search/tablebase_port.h"
-#include "search/thinking_state.h"
-#include "search/time_management.h"
+#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 

@@ -11,8 +11,8 @@
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
-#include "search/thinking_state.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 

@@ -4,16 +4,16 @@
 
 #include "chess/move_text.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
+#include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
-#include "search/format_text.h"
 #include "search/hash_table.h"
-#include "search/main_line.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/thinking.h"
-#include "search/thinking_state.h"
+#include "thinking/main_line.h"
+#include "thinking/thinking.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 

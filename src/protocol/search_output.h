@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/shared_value.h"
-#include "search/search_ports.h"
+#include "thinking/search_observer.h"
 
 namespace valku {
 
@@ -11,12 +11,6 @@ namespace valku {
 // resignation.
 class SearchOutput : public SearchObserver {
   public:
-    void clockRead(i32, double, double) override {}
-    void timeScheduled(double, double) override {}
-    void rootMoveBegun(i32, Move, i32, const StateRecord&) override {}
-    void failedHigh(i32, i32) override {}
-    void failedLow(i32, i32, const Line&) override {}
-    void timeRanOut() override {}
     void moveMade() override;
     void bookMoveMade(Move move, char value) override;
 

@@ -6,16 +6,16 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/move_text.h"
-#include "chess/number_text.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
+#include "platform/number_text.h"
+#include "platform/text_sink.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/parameters.h"
-#include "search/format_text.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
-#include "search/thinking_state.h"
-#include "search/time_management.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 

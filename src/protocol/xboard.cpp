@@ -1,6 +1,6 @@
 #include "protocol/xboard.h"
 
-#include "search/output.h"
+#include "platform/text_sink.h"
 #include "search/process_state.h"
 
 namespace valku {

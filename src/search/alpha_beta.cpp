@@ -1,6 +1,7 @@
 #include "search/alpha_beta.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "chess/move_generation.h"
 #include "chess/side.h"
@@ -9,7 +10,7 @@
 #include "search/move_ordering.h"
 #include "search/node.h"
 #include "search/quiescence.h"
-#include "search/search_ports.h"
+#include "search/split_port.h"
 
 namespace valku {
 
@@ -50,6 +51,19 @@ struct PlainDescent {
     }
 };
 
+// Few nodes of these depths and more are entered in a second; their speed does not matter.
+constexpr i32 openRaceDepth = 29;
+constexpr i32 zwsRaceDepth = 33;
+
+i32 alphaBetaSplit(int ply, i32 alpha, i32 beta, i32 depth);
+i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth);
+
+// A race at `ply` is worth its while for the first 2 to the power of `ply` seconds of a search; later only
+// nodes further down are raced.
+bool isTooLateToRace(int ply) {
+    return secondsAtLastReport > std::ldexp(1.0, ply);
+}
+
 // The split-aware way: a deep child is raced over the search processes. Once the search has lasted longer
 // than suits its ply it is entered instead, and its own children are raced.
 struct SplitDescent {
@@ -60,7 +74,7 @@ struct SplitDescent {
     // Raced at any time.
     static i32 zwsRaced(int ply, i32 beta, i32 depth) {
         if (depth < zwsRaceDepth) return searchZws(ply, beta, depth);
-        return searchPorts.splitSearch(ply, beta - 1, beta, depth, true);
+        return splitSearchPort(ply, beta - 1, beta, depth, true);
     }
     // A node that knows a cut move always races its children.
     static i32 zwsBehind(bool hasCutMove, int ply, i32 beta, i32 depth) {
@@ -69,7 +83,7 @@ struct SplitDescent {
     static i32 open(int ply, i32 alpha, i32 beta, i32 depth) {
         if (depth < openRaceDepth) return PlainDescent::open(ply, alpha, beta, depth);
         if (isTooLateToRace(ply)) return alphaBetaSplit(ply, alpha, beta, depth);
-        return searchPorts.splitSearch(ply, alpha, beta, depth, false);
+        return splitSearchPort(ply, alpha, beta, depth, false);
     }
 };
 
@@ -418,6 +432,14 @@ template <class Descent>
     return best;
 }
 
+i32 alphaBetaSplit(int ply, i32 alpha, i32 beta, i32 depth) {
+    return openNode<SplitDescent>(ply, alpha, beta, depth);
+}
+
+i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth) {
+    return zwsNode<SplitDescent>(ply, beta, depth);
+}
+
 }  // namespace
 
 i32 alphaBeta(int ply, i32 alpha, i32 beta, i32 depth) {
@@ -428,12 +450,14 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
     return zwsNode<PlainDescent>(ply, beta, depth);
 }
 
-i32 alphaBetaSplit(int ply, i32 alpha, i32 beta, i32 depth) {
-    return openNode<SplitDescent>(ply, alpha, beta, depth);
+i32 alphaBetaEntry(i32 ncount, i32 alpha, i32 beta, i32 distance, bool allowSplit) {
+    if (!allowSplit || distance < openRaceDepth) return alphaBeta(ncount, alpha, beta, distance);
+    return SplitDescent::open(ncount, alpha, beta, distance);
 }
 
-i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth) {
-    return zwsNode<SplitDescent>(ply, beta, depth);
+i32 alphaBetaZwsEntry(i32 ncount, i32 beta, i32 distance, bool allowSplit) {
+    if (distance <= frontierDepth) return frontierZws(ncount, beta);
+    return allowSplit ? SplitDescent::zws(ncount, beta, distance) : alphaBetaZws(ncount, beta, distance);
 }
 
 }  // namespace valku

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/shared_memory.h"
-#include "search/search_control.h"
+#include "platform/shut_down.h"
 #include "search/shared_pointer_table.h"
 #include "search/stop_word.h"
 

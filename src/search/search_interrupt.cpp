@@ -8,7 +8,6 @@
 #include "platform/mutex.h"
 #include "search/search_state.h"
 #include "search/stop_word.h"
-#include "search/thinking_state.h"
 
 namespace valku {
 
@@ -43,10 +42,6 @@ class SuspendedNode {
     const i32 oppMobility;
 };
 
-bool isSearching() {
-    return thinkingActive && !answerGiven;
-}
-
 }  // namespace
 
 void serveInterrupt() {
@@ -59,7 +54,7 @@ void serveInterrupt() {
     workDone.signal();
 }
 
-bool doBetweenNodes(const std::function<void()>& work) {
+bool doBetweenNodes(const std::function<void()>& work, bool (*isSearching)()) {
     constexpr u32 askAgainMs = 10;  // the start of a search forgets what the word said before
     workDone.reset();
     {

@@ -9,8 +9,8 @@ namespace valku {
 
 // Has `work` done by the thread that searches, at its next look at the stop word, and waits for it. The work
 // finds searchPosition and the mobility of the root free for its own use. False, and nothing has been done,
-// if the search has come to its answer or is to be stopped. One caller at a time, which is the thread that
+// if `isSearching` says that nobody will look at it any more. One caller at a time, which is the thread that
 // reads the commands.
-bool doBetweenNodes(const std::function<void()>& work);
+bool doBetweenNodes(const std::function<void()>& work, bool (*isSearching)());
 
 }  // namespace valku

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "chess/number_text.h"
+#include "platform/number_text.h"
 #include "search/hash_table.h"
 #include "search/process_state.h"
 

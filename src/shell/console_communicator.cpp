@@ -9,7 +9,7 @@
 #include "protocol/dispatcher.h"
 #include "protocol/engine_services.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
+#include "thinking/search_control.h"
 
 namespace valku {
 

@@ -7,8 +7,8 @@
 #include "platform/mutex.h"
 #include "platform/new_file.h"
 #include "platform/shared_value.h"
+#include "platform/text_sink.h"
 #include "platform/thread.h"
-#include "search/output.h"
 #include "shell/onlookers.h"
 #include "shell/peer_connection.h"
 

@@ -8,12 +8,10 @@
 #include "book/book_settings.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
-#include "distributed/client_job.h"
 #include "distributed/clients.h"
 #include "distributed/peer_socket.h"
 #include "distributed/process_lists.h"
 #include "distributed/root_search_process.h"
-#include "distributed/split_root_search.h"
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "platform/clock.h"
@@ -22,6 +20,7 @@
 #include "platform/shared_value.h"
 #include "platform/signals.h"
 #include "protocol/board_output.h"
+#include "protocol/client.h"
 #include "protocol/dispatcher.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
@@ -34,14 +33,15 @@
 #include "search/hash_table.h"
 #include "search/history.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
+#include "search/split_port.h"
 #include "search/tablebase_port.h"
-#include "search/thinking.h"
-#include "search/thinking_state.h"
 #include "shell/console_communicator.h"
 #include "shell/settings_file.h"
 #include "tablebases/probe.h"
 #include "tablebases/registration.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking.h"
+#include "thinking/thinking_state.h"
 #include "tools/tool_commands.h"
 
 namespace valku {
@@ -198,14 +198,8 @@ void connectPorts() {
     };
     toolPort = toolCommands();
     tablebaseProbe = probeTablebases;
-    searchPorts = {
-        .observer = searchOutput(),
-        .prepareSearches = prepareSearches,
-        .prepareAhead = [] { rootSearchProcess->prepareAhead(); },
-        .splitRootSearch = splitRootSearch,
-        .splitSearch = splitSearch,
-        .tryBookMove = tryBookMove,
-    };
+    searchObserver = searchOutput();
+    splitSearchPort = splitSearch;
 }
 
 void createRootProcess(bool shareHash) {
@@ -251,7 +245,7 @@ void greet() {
 }  // namespace
 
 void engineMain(const CommandLine& commandLine) {
-    startTime = lastOutputTime = steadySeconds();
+    startTime = steadySeconds();
     const TimeOfDay now = timeOfDay();
     seedBookChoice(static_cast<u64>(now.seconds) * 1000000 + static_cast<u64>(now.microseconds));
     textSink = &communicator;

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "distributed/diagnostics.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 

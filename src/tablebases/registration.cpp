@@ -5,9 +5,9 @@
 #include <fstream>
 #include <memory>
 
+#include "platform/format_text.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
-#include "search/format_text.h"
 #include "search/tablebase_port.h"
 #include "tablebases/class_lookup.h"
 #include "tablebases/compressed_header.h"

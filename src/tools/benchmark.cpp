@@ -4,16 +4,16 @@
 #include <fstream>
 #include <limits>
 
-#include "chess/number_text.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
+#include "platform/long_command.h"
+#include "platform/number_text.h"
+#include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
-#include "search/format_text.h"
-#include "search/long_command.h"
-#include "search/output.h"
 #include "search/process_state.h"
-#include "search/search_control.h"
-#include "search/thinking_state.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
 #include "tools/arguments.h"
 #include "tools/benchmark_positions.h"
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "chess/number_text.h"
+#include "platform/number_text.h"
 
 namespace valku {
 

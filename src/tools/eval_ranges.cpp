@@ -8,10 +8,10 @@
 
 #include "chess/fen.h"
 #include "platform/clock.h"
-#include "search/format_text.h"
-#include "search/long_command.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "platform/format_text.h"
+#include "platform/long_command.h"
+#include "platform/text_sink.h"
+#include "thinking/search_control.h"
 #include "tools/position_values.h"
 
 namespace valku {

@@ -4,11 +4,11 @@
 
 #include "chess/fen.h"
 #include "chess/move_text.h"
+#include "platform/format_text.h"
+#include "platform/long_command.h"
+#include "platform/text_sink.h"
 #include "protocol/game_commands.h"
-#include "search/format_text.h"
-#include "search/long_command.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "thinking/search_control.h"
 #include "tools/engine_games.h"
 
 namespace valku {

@@ -11,14 +11,14 @@
 
 #include "chess/fen.h"
 #include "chess/move_generation.h"
-#include "chess/number_text.h"
 #include "chess/side.h"
 #include "platform/file_replacement.h"
+#include "platform/format_text.h"
+#include "platform/long_command.h"
+#include "platform/number_text.h"
 #include "platform/raw_io.h"
-#include "search/format_text.h"
-#include "search/long_command.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "platform/text_sink.h"
+#include "thinking/search_control.h"
 #include "tools/arguments.h"
 
 namespace valku {

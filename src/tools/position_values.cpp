@@ -2,7 +2,7 @@
 
 #include "eval/evaluate.h"
 #include "search/quiescence.h"
-#include "search/root_search.h"
+#include "search/search_job.h"
 #include "search/stop_word.h"
 
 namespace valku {

@@ -7,10 +7,10 @@
 #include "chess/fen.h"
 #include "chess/random.h"
 #include "platform/file_replacement.h"
+#include "platform/long_command.h"
+#include "platform/text_sink.h"
 #include "protocol/game_commands.h"
-#include "search/long_command.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "thinking/search_control.h"
 #include "tools/position_values.h"
 
 namespace valku {

@@ -10,7 +10,7 @@
 #include "chess/fen.h"
 #include "chess/move_text.h"
 #include "chess/tables.h"
-#include "search/output.h"
+#include "platform/text_sink.h"
 
 namespace valku {
 namespace {

@@ -1,4 +1,4 @@
-#include "search/call_back_timer.h"
+#include "thinking/call_back_timer.h"
 
 namespace valku {
 

@@ -2,16 +2,9 @@
 
 #include "chess/position.h"
 
-// One iteration over the root moves, and what a job does at its two ends.
+// One iteration over the root moves.
 
 namespace valku {
-
-// Both sides' mobility sums into frame 1, crosswise as the node at ply 1 takes them over, and mobilityBalance
-// from them. On searchPosition.
-void computeRootMobility();
-
-// The start of every job: root mobility, and no killers from the root move before.
-void clearSearchTables();
 
 // Copies gamePosition to rootPosition, generates its moves into rootMoves and forgets what an earlier search
 // knew of its own.

@@ -21,7 +21,7 @@ class TextSink {
     virtual void status(std::string_view text) { send(text); }
 };
 
-extern TextSink* textSink;
+inline TextSink* textSink = nullptr;
 
 inline void sendText(std::string_view text) {
     textSink->send(text);

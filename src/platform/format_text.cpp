@@ -1,4 +1,4 @@
-#include "search/format_text.h"
+#include "platform/format_text.h"
 
 #include <cstdarg>
 #include <cstdio>

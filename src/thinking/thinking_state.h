@@ -61,13 +61,7 @@ extern i32 totalSelDepth;
 extern u32 totalTbProbes;
 extern u32 totalTbHits;
 
-// Moments of the search, in the seconds of steadySeconds().
+// The begin of the search, in the seconds of steadySeconds().
 extern double startTime;
-extern double lastOutputTime;
-
-// Seconds between the start of the search and the last report. It does not run in between.
-inline double elapsedSeconds() {
-    return lastOutputTime - startTime;
-}
 
 }  // namespace valku

@@ -1,4 +1,4 @@
-#include "search/root_search.h"
+#include "thinking/root_search.h"
 
 #include <algorithm>
 #include <ctime>
@@ -8,14 +8,16 @@
 #include "chess/attacks.h"
 #include "chess/make_move.h"
 #include "chess/move_generation.h"
+#include "distributed/split_root_search.h"
 #include "eval/evaluate.h"
 #include "search/history.h"
-#include "search/main_line.h"
 #include "search/move_ordering.h"
-#include "search/search_ports.h"
+#include "search/search_job.h"
 #include "search/search_state.h"
 #include "search/stop_word.h"
-#include "search/thinking_state.h"
+#include "thinking/main_line.h"
+#include "thinking/search_observer.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -84,24 +86,6 @@ void countOpenWindowJob(const SearchResult& result, Move move) {
 
 }  // namespace
 
-void computeRootMobility() {
-    MoveList list;
-    generateCaptures(list, 0);
-    const i32 own = list.mobility;
-    searchPosition.sideToMove ^= 1;
-    generateCaptures(list, 0);
-    const i32 other = list.mobility;
-    searchPosition.sideToMove ^= 1;
-    searchFrames[1].oppMobility = own;
-    searchFrames[1].ownMobility = other;
-    mobilityBalance = searchPosition.sideToMove == White ? own - other : other - own;
-}
-
-void clearSearchTables() {
-    computeRootMobility();
-    for (int ply = 0; ply < horizonPly + 1; ++ply) clearKillers(searchFrames[ply]);
-}
-
 void prepareRootSearch() {
     rootPosition = gamePosition;
     generateAllMoves(rootPosition, rootMoves);
@@ -141,14 +125,14 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
             continue;
         }
         ++legalSeen;
-        searchPorts.observer->rootMoveBegun(depth, move, legalSeen, rootPosition.state[-1]);
+        searchObserver->rootMoveBegun(depth, move, legalSeen, rootPosition.state[-1]);
 
         // Step 2. A zero window behind the first move, a ply less deep for a late move with a bad history.
         if (legalSeen > 1 && depth >= 3) {
             const bool badHistory = table.values[rootPosition.board[moveTo(move)]][moveTo(move)] < 0;
             const i32 plies = i > neverReduced && badHistory ? depth - 2 : depth - 1;
             const SearchResult result =
-                searchPorts.splitRootSearch(rootPosition, -alpha - 1, -alpha, quarterPlies(plies), true);
+                splitRootSearch(rootPosition, -alpha - 1, -alpha, quarterPlies(plies), true);
             totalNodes += result.nodes;
             if (stopSignalOutside()) {
                 unmakeMove(rootPosition);
@@ -163,7 +147,7 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
         // Step 3. The open window, wider and wider as long as the move fails high.
         for (int failHighs = 0;; ++failHighs) {
             const SearchResult result =
-                searchPorts.splitRootSearch(rootPosition, -beta, -alpha, quarterPlies(depth) - 4, false);
+                splitRootSearch(rootPosition, -beta, -alpha, quarterPlies(depth) - 4, false);
             if (stopSignalOutside()) {
                 unmakeMove(rootPosition);
                 return stopValue;
@@ -179,7 +163,7 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
                 }
                 break;
             }
-            searchPorts.observer->failedHigh(depth, score);
+            searchObserver->failedHigh(depth, score);
             sendMainLine(depth, move, score, lineBehind(move, result.pv), true);
             alpha = score - 1;
             beta = std::min(alpha + (aspirationWindow << std::min(failHighs, 20)), mateScore);

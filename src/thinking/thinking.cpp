@@ -1,4 +1,4 @@
-#include "search/thinking.h"
+#include "thinking/thinking.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,18 +8,23 @@
 #include "chess/attacks.h"
 #include "chess/game.h"
 #include "chess/make_move.h"
+#include "distributed/process_lists.h"
+#include "distributed/root_search_process.h"
 #include "eval/pawn_table.h"
-#include "search/call_back_timer.h"
 #include "search/hash_table.h"
-#include "search/main_line.h"
 #include "search/process_state.h"
 #include "search/quiescence.h"
-#include "search/root_search.h"
-#include "search/search_control.h"
-#include "search/search_ports.h"
+#include "search/search_job.h"
+#include "search/split_port.h"
 #include "search/stop_word.h"
-#include "search/thinking_state.h"
-#include "search/time_management.h"
+#include "thinking/book_answer.h"
+#include "thinking/call_back_timer.h"
+#include "thinking/main_line.h"
+#include "thinking/root_search.h"
+#include "thinking/search_control.h"
+#include "thinking/search_observer.h"
+#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 
@@ -65,7 +70,7 @@ u32 timerInterval(double maxSeconds) {
 }
 
 void onTimeout() {
-    searchPorts.observer->timeRanOut();
+    searchObserver->timeRanOut();
     // A ponderhit clears `pondering` and then looks at timeUsedUp; in this order one of the two sees the
     // other.
     timeUsedUp = true;
@@ -99,7 +104,7 @@ i32 Deepening::searchIteration(i32 depth, double& nextExtension) {
     for (int failLows = 1;; ++failLows) {
         const i32 score = alphaBetaRoot(alpha, beta, depth);
         if (stopSignalOutside() || score > alpha) return score;
-        searchPorts.observer->failedLow(depth, score, mainLine);
+        searchObserver->failedLow(depth, score, mainLine);
         nextExtension = 2.0;
         alpha = std::max(center - (aspirationWindow << std::min(failLows, 20)), -mateScore);
         beta = score + 1;
@@ -160,7 +165,7 @@ void Deepening::run() {
         // Step 4. Report it.
         sendMainLine(lastDepth, bestMove, lastScore, mainLine, false);
         finishedLines.push_back(mainLine);
-        lastOutputTime = steadySeconds();
+        secondsAtLastReport = steadySeconds() - startTime;
 
         // Step 5. The hard limit holds from the first finished iteration on: a move stands ready now.
         if (!timer) timer = std::make_unique<CallBackTimer>(timerInterval(maxTime), onTimeout);
@@ -189,7 +194,7 @@ Move findFirstLegalMove() {
 
 void prepareTables() {
     const bool cleared = hashReadiness == HashReadiness::cleared;
-    searchPorts.prepareSearches();
+    prepareSearches();
     if (PreserveHash) return;
     if (!cleared) clearHashTable();
     clearPawnTable();
@@ -207,15 +212,15 @@ void setTimeLimits(Deepening& deepening, i32 legalMoves) {
         firstSearchOfGame = false;
         deepening.scheduled *= 2.0;
     }
-    searchPorts.observer->timeScheduled(deepening.scheduled, deepening.maxTime);
+    searchObserver->timeScheduled(deepening.scheduled, deepening.maxTime);
 }
 
 void playBestMove() {
     answerGiven = true;
     mainLine.moves[0] = bestMove;  // an iteration that was stopped has cleared it
-    searchPorts.observer->moveChosen(bestMove);
+    searchObserver->moveChosen(bestMove);
     changeGame([] { playGameMove(bestMove); });
-    searchPorts.observer->moveMade();
+    searchObserver->moveMade();
 }
 
 // The expected reply ends the game. The state stays that of a ponder search until the reply comes or another.
@@ -234,12 +239,13 @@ const Line* findFinishedLine(Move firstMove) {
 }
 
 void think(i32 depthLimit, double scheduledSeconds) {
-    if (searchPorts.tryBookMove()) {
+    if (tryBookMove()) {
         acknowledgeSearchEnd();
         return;
     }
 
-    startTime = lastOutputTime = steadySeconds();
+    startTime = steadySeconds();
+    secondsAtLastReport = 0;
     finishedLines.clear();
     prepareTables();
     prepareRootSearch();
@@ -287,7 +293,7 @@ void runThinkingCycle() {
             } else {
                 think(maxDepth, unlimitedSeconds);
             }
-            workOnTables(searchPorts.prepareAhead);
+            workOnTables([] { rootSearchProcess->prepareAhead(); });
             // Behind a ponder search that was stopped, the taking back is still to come.
             if (easyMode || protocolMode == protocolUci || noAutoPonder || pondering) break;
             if (mainLine.moves[1] == nullMove) break;

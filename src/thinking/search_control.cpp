@@ -1,4 +1,4 @@
-#include "search/search_control.h"
+#include "thinking/search_control.h"
 
 #include <mutex>
 
@@ -7,8 +7,8 @@
 #include "platform/mutex.h"
 #include "search/process_state.h"
 #include "search/stop_word.h"
-#include "search/thinking_state.h"
-#include "search/time_management.h"
+#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 
@@ -63,7 +63,6 @@ bool hasLimit() {
 }  // namespace
 
 void (*ponderingTakenBack)() = nothingToShow;
-SharedFlag shutDownBegun{false};
 
 // Whoever ends the process sets the one flag and looks at the other: one of the two sees it.
 bool announceSearch() {
@@ -202,6 +201,10 @@ void finishThinking() {
 bool isSettled() {
     while (thinkingActive && answerGiven) sleepMilliseconds(1);
     return !thinkingActive;
+}
+
+bool isAnswerOpen() {
+    return thinkingActive && !answerGiven;
 }
 
 void finishAtEndOfInput() {

@@ -1,11 +1,11 @@
-#include "search/time_management.h"
+#include "thinking/time_management.h"
 
 #include <algorithm>
 
 #include "chess/position.h"
 #include "search/process_state.h"
-#include "search/search_ports.h"
-#include "search/thinking_state.h"
+#include "thinking/search_observer.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -30,7 +30,7 @@ double scheduleUciTime() {
     const double increment = ownIncrementMs / 1000.0;
     double target = remaining / moves + increment;
     if (increment <= 0.01 && remaining <= 5.0) target *= 0.5;
-    searchPorts.observer->clockRead(moves, remaining, increment);
+    searchObserver->clockRead(moves, remaining, increment);
     return minimum(target, remaining / 6.0);
 }
 

@@ -1,4 +1,4 @@
-#include "chess/number_text.h"
+#include "platform/number_text.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "chess/position.h"
-#include "platform/shared_value.h"
+#include "platform/shut_down.h"
 
 // Starting and ending search cycles from the thread that reads the commands. A wake-up is never lost: whoever
 // waits for an end has said so before the end can come.
@@ -31,6 +31,9 @@ void finishThinking();
 
 // False while a search is at work. A cycle that has given its answer already is waited for.
 bool isSettled();
+
+// Whether a search is at work that has not come to its answer yet.
+bool isAnswerOpen();
 
 // At the end of the input: a search that has a limit is waited for, any other is ended with its answer.
 void finishAtEndOfInput();
@@ -65,9 +68,6 @@ void hastenSearchEnd();
 // of the search's end. While a ponder search runs, gamePosition stands still.
 void changeGame(const std::function<void()>& change);
 Position copyGame();
-
-// The process is about to end; long work that starts one search after the other leaves off.
-extern SharedFlag shutDownBegun;
 
 // The thinking thread's side: goes over from a search that has been answered to one on the expected reply.
 // False if there is to be none.

@@ -10,17 +10,18 @@
 #include "distributed/standard_search_process.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_table.h"
+#include "platform/text_sink.h"
 #include "search/alpha_beta.h"
-#include "search/output.h"
 #include "search/quiescence.h"
-#include "search/root_search.h"
 #include "search/search_state.h"
-#include "search/search_test.h"
 #include "search/shared_pointer_table.h"
+#include "search/split_port.h"
 #include "search/stop_word.h"
 #include "search/tablebase_port.h"
-#include "search/thinking.h"
-#include "search/thinking_state.h"
+#include "thinking/root_search.h"
+#include "thinking/thinking.h"
+#include "thinking/thinking_state.h"
+#include "thinking/thinking_test.h"
 
 namespace valku {
 namespace {
@@ -46,7 +47,7 @@ class Search : public ::testing::Test {
     void SetUp() override { freshEngine(65536); }
     void TearDown() override {
         clearAllStops();
-        searchPorts = {};
+        searchObserver = nullptr;
     }
 
     // As a process that has just started, but for the stream of random numbers.
@@ -59,7 +60,8 @@ class Search : public ::testing::Test {
         clearHistory();
         clearAllStops();
         watcher = Watcher{};
-        searchPorts = {&watcher, prepareSearches, [] {}, splitRootSearch, splitSearch, [] { return false; }};
+        searchObserver = &watcher;
+        splitSearchPort = splitSearch;
     }
 
     static void setGame(const char* fen, const char* moves = "") {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "chess/types.h"
+#include "platform/integers.h"
 
 namespace valku {
 

@@ -1,4 +1,4 @@
-#include "distributed/client_job.h"
+#include "protocol/client.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,10 +13,10 @@
 #include "distributed/root_search_process.h"
 #include "distributed/wire_protocol.h"
 #include "platform/clock.h"
-#include "search/output.h"
-#include "search/search_control.h"
+#include "platform/text_sink.h"
 #include "search/stop_word.h"
-#include "search/thinking_state.h"
+#include "thinking/search_control.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 

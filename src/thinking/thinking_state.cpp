@@ -1,4 +1,4 @@
-#include "search/thinking_state.h"
+#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -39,6 +39,5 @@ u32 totalTbProbes = 0;
 u32 totalTbHits = 0;
 
 double startTime = 0;
-double lastOutputTime = 0;
 
 }  // namespace valku

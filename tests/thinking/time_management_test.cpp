@@ -1,9 +1,9 @@
-#include "search/time_management.h"
+#include "thinking/time_management.h"
 
 #include "chess/game.h"
 #include "search/process_state.h"
-#include "search/search_test.h"
-#include "search/thinking_state.h"
+#include "thinking/thinking_state.h"
+#include "thinking/thinking_test.h"
 
 namespace valku {
 namespace {
@@ -23,12 +23,12 @@ class TimeManagement : public ::testing::Test {
   protected:
     void SetUp() override {
         setPosition(startPositionFen);
-        searchPorts.observer = &observer;
+        searchObserver = &observer;
     }
     void TearDown() override {
         resetClocks();
         protocolMode = protocolUndecided;
-        searchPorts = {};
+        searchObserver = nullptr;
     }
 
     RecordingObserver observer;

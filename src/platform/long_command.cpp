@@ -1,10 +1,9 @@
-#include "search/long_command.h"
+#include "platform/long_command.h"
 
 #include <string_view>
 
 #include "platform/raw_io.h"
-#include "search/process_state.h"
-#include "search/search_control.h"
+#include "platform/shut_down.h"
 
 namespace valku {
 
@@ -16,10 +15,9 @@ bool watching = false;
 
 }  // namespace
 
-// The input of a client is not that of a person.
 LongCommand::LongCommand() {
-    watching = processRole == roleRoot;
-    if (watching) watchStandardInput(stopWords, "quit");
+    watching = true;
+    watchStandardInput(stopWords, "quit");
 }
 
 LongCommand::~LongCommand() {

@@ -1,4 +1,4 @@
-#include "search/game_end.h"
+#include "chess/game_end.h"
 
 #include "chess/attacks.h"
 #include "chess/move_generation.h"

@@ -1,7 +1,0 @@
-#include "search/output.h"
-
-namespace valku {
-
-TextSink* textSink = nullptr;
-
-}  // namespace valku

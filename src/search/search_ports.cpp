@@ -1,7 +1,0 @@
-#include "search/search_ports.h"
-
-namespace valku {
-
-SearchPorts searchPorts{};
-
-}  // namespace valku
