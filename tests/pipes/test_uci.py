@@ -92,7 +92,7 @@ class LargeTable(engine.EngineTest):
                 with open(f"/proc/{player.process.pid}/clear_refs", "w") as file:
                     file.write("1\n")  # forgets which pages have been touched
                 player.send("position fen " + self.BLOCKED, "go infinite")
-                player.read_until(lambda line: line.startswith("info depth 9 "))
+                player.read_to("info depth 9 .*")
                 touched = self.table_memory(player, "Referenced")
                 self.assertLess(touched, whole / 2, (preserve, search))
                 player.send("stop")
