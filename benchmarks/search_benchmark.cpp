@@ -4,8 +4,9 @@
 #include "eval/pawn_table.h"
 #include "search/hash_table.h"
 #include "search/history.h"
+#include "thinking/main_line.h"
 #include "thinking/thinking.h"
-#include "thinking/thinking_state.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 

@@ -21,7 +21,7 @@ constexpr double lateSeconds = 1.0;
 
 bool isWorthARace(i32 depth) {
     if (!hasRemoteClients()) return false;
-    return depth >= raceDepth || (depth >= lateRaceDepth && secondsAtLastReport >= lateSeconds);
+    return depth >= raceDepth || (depth >= lateRaceDepth && elapsedSeconds >= lateSeconds);
 }
 
 std::string describe(const SearchJob& job, int racers) {

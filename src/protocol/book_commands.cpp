@@ -12,7 +12,7 @@
 #include "protocol/game_commands.h"
 #include "protocol/game_snapshot.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 

@@ -16,7 +16,7 @@
 #include "platform/text_sink.h"
 #include "search/stop_word.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 
@@ -115,7 +115,6 @@ void finishJob() {
 void ClientAlphaBetaThread::run() {
     for (;;) {
         jobEvent.wait();
-        pondering = false;
         rootSearchProcess->runRootSearch();
         SearchResult result;
         const std::string answer = composeResult(*rootSearchProcess->getResult(&result));

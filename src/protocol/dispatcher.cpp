@@ -16,6 +16,7 @@
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
+#include "protocol/game_state.h"
 #include "protocol/parameters.h"
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
@@ -23,8 +24,7 @@
 #include "protocol/uci.h"
 #include "search/process_state.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
-#include "thinking/time_management.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 
@@ -60,28 +60,32 @@ i32 takeNumber(std::string_view& text) {
 }
 
 void setClock(std::string_view rest) {
-    clockValues.remainingCentiseconds = readNumber(argumentsOf(rest));
-    timeControlled = true;
+    nextSearch.levelClock.remainingCentiseconds = readNumber(argumentsOf(rest));
+    nextSearch.timeControlled = true;
+    limitsChanged();
 }
 
 void setDepth(std::string_view rest) {
-    maxDepth = readNumber(argumentsOf(rest));
-    timeControlled = false;
+    nextSearch.maxDepth = readNumber(argumentsOf(rest));
+    nextSearch.timeControlled = false;
+    limitsChanged();
 }
 
 // Moves, base time and increment; the base time in minutes or in minutes and seconds, as in 0:30.
 void setLevel(std::string_view rest) {
     std::string_view numbers = argumentsOf(rest);
     constexpr i32 mostMinutes = 100000;
-    clockValues.levelMoves = takeNumber(numbers);
+    LevelClock& clock = nextSearch.levelClock;
+    clock.levelMoves = takeNumber(numbers);
     const std::string_view base = numbers.substr(0, numbers.find(' '));
     const std::size_t colon = base.find(':');
     const i32 seconds = colon == std::string_view::npos ? 0 : readNumber(base.substr(colon + 1));
-    clockValues.levelMinutes = std::clamp(takeNumber(numbers), -mostMinutes, mostMinutes);
-    clockValues.levelSeconds = std::clamp(seconds, 0, 60 * mostMinutes);
-    clockValues.levelIncrement = takeNumber(numbers);
-    clockValues.remainingCentiseconds = clockValues.levelMinutes * 6000 + clockValues.levelSeconds * 100;
-    timeControlled = true;
+    clock.levelMinutes = std::clamp(takeNumber(numbers), -mostMinutes, mostMinutes);
+    clock.levelSeconds = std::clamp(seconds, 0, 60 * mostMinutes);
+    clock.levelIncrement = takeNumber(numbers);
+    clock.remainingCentiseconds = clock.levelMinutes * 6000 + clock.levelSeconds * 100;
+    nextSearch.timeControlled = true;
+    limitsChanged();
 }
 
 // An interface knows what it sends; a person is told.
@@ -90,6 +94,8 @@ void fen(std::string_view rest) {
     sendText("Error: this is no legal position; the old one stays\n");
 }
 
+bool fritzMode = false;  // "hard" has no effect
+
 void hard(std::string_view) {
     if (!fritzMode) easyMode = false;
 }
@@ -97,13 +103,8 @@ void hard(std::string_view) {
 void ponderMove(std::string_view move) {
     stopThinking();
     engineSide = gamePosition.sideToMove == White ? engineBlack : engineWhite;
-    analyzing = false;
+    nextSearch.analyzing = false;
     if (isMoveText(move)) receiveMove(move, true);
-}
-
-void stop(std::string_view) {
-    pondering = false;
-    moveNow();
 }
 
 void createRemoteClient(std::string_view rest) {
@@ -199,8 +200,8 @@ constexpr Command uciCommands[] = {
     {"setoption name", Match::prefix, setOptionCommand},
     {"position", Match::prefix, setPositionCommand},
     {"ponderhit", Match::whole, [](std::string_view) { ponderHit(); }},
-    {"stop", Match::whole, stop},
-    {"ucinewgame", Match::whole, [](std::string_view) { firstSearchOfGame = true; }},
+    {"stop", Match::whole, [](std::string_view) { stopSearch(); }},
+    {"ucinewgame", Match::whole, [](std::string_view) { beginNewGame(); }},
 };
 // clang-format on
 

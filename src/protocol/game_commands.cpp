@@ -7,13 +7,13 @@
 #include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/game_snapshot.h"
+#include "protocol/game_state.h"
 #include "protocol/search_output.h"
 #include "protocol/uci.h"
 #include "search/process_state.h"
 #include "search/search_interrupt.h"
 #include "search/search_job.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -35,10 +35,9 @@ void resetGame() {
     readFen(startPositionFen);
     snapshotKings();
     computerOpponent = false;
-    timeControlled = false;
-    timeUsedUp = false;
-    pondering = false;
-    maxDepth = newGameDepth;
+    nextSearch.timeControlled = false;
+    nextSearch.maxDepth = newGameDepth;
+    forgetPondering();
     engineSide = engineBlack;
 }
 
@@ -51,8 +50,8 @@ void newGame() {
 void force() {
     stopThinking();
     engineSide = engineNone;
-    analyzing = false;
-    pondering = false;
+    nextSearch.analyzing = false;
+    forgetPondering();
 }
 
 void undo() {
@@ -92,15 +91,15 @@ void showEvaluation() {
 
 void analyze() {
     stopThinking();
-    timeControlled = false;
-    maxDepth = analysisDepth;
-    analyzing = true;
+    nextSearch.timeControlled = false;
+    nextSearch.maxDepth = analysisDepth;
+    nextSearch.analyzing = true;
     goCommand("");
 }
 
 void exitAnalysis() {
     stopThinking();
-    analyzing = false;
+    nextSearch.analyzing = false;
 }
 
 void goCommand(std::string_view arguments) {
@@ -109,10 +108,10 @@ void goCommand(std::string_view arguments) {
         goUci(arguments);
         return;
     }
-    if (pondering) stopPondering();
+    stopPondering();
     finishThinking();
-    engineSide = gamePosition.sideToMove == White ? engineWhite : engineBlack;
-    requestSearch();
+    takeSideToMove();
+    startSearch();
 }
 
 }  // namespace valku

@@ -3,7 +3,6 @@
 #include "chess/game_end.h"
 #include "platform/text_sink.h"
 #include "search/process_state.h"
-#include "thinking/thinking_state.h"
 
 namespace valku {
 

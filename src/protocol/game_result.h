@@ -8,6 +8,9 @@ namespace valku {
 // won, 3 the game goes on.
 int checkGameEnd(bool claim);
 
+// 0 means never resign. A setting.
+inline i32 resignValue = 0;
+
 // Resigns, in the words of the protocol, at or below -resignValue. True if so.
 bool checkResign(i32 score);
 

@@ -13,12 +13,14 @@
 #include "eval/weights.h"
 #include "platform/number_text.h"
 #include "protocol/engine_services.h"
+#include "protocol/game_result.h"
 #include "protocol/option_effects.h"
 #include "search/hash_table.h"
 #include "search/process_state.h"
 #include "search/search_state.h"
 #include "search/tablebase_port.h"
-#include "thinking/thinking_state.h"
+#include "thinking/root_search.h"
+#include "thinking/thinking.h"
 #include "thinking/time_management.h"
 
 namespace valku {

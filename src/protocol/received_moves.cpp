@@ -10,9 +10,10 @@
 #include "protocol/game_commands.h"
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
+#include "protocol/game_state.h"
 #include "search/process_state.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 
@@ -88,12 +89,11 @@ void playReceivedMove(Move move) {
 
 void receiveExpectedMove() {
     showReceivedMove();
-    const bool gameGoesOn = canMove();
-    pondering = false;
-    if (!gameGoesOn) {
+    if (canMove()) {
+        ponderHit();
+    } else {
+        forgetPondering();
         stopThinking();
-    } else if (timeUsedUp) {
-        moveNow();
     }
 }
 
@@ -119,9 +119,8 @@ void ponderOn(const ReceivedMove& received) {
     if (!easyMode) return;  // an engine that ponders by itself takes no such orders
     const Move move = lookUp(received, gamePosition);
     if (move == nullMove) return;
-    pondering = true;
     playGameMove(move);
-    requestSearch();
+    startSearch(true);
 }
 
 bool isFile(char c) {
@@ -149,13 +148,13 @@ void receiveMove(std::string_view text, bool ponderFlag) {
         receiveWhilePondering(received);
         return;
     }
-    if (thinkingActive && !analyzing) return;
+    if (thinkingActive && !nextSearch.analyzing) return;
     if (lookUp(received, copyGame()) == nullMove) return;  // and an analysis goes on
     stopThinking();
     const Move move = lookUp(received, gamePosition);  // the search may have ended in a move of its own
     if (move == nullMove) return;
     playReceivedMove(move);
-    if ((analyzing || engineIsToMove()) && canMove()) requestSearch();
+    if ((nextSearch.analyzing || engineIsToMove()) && canMove()) startSearch();
 }
 
 }  // namespace valku

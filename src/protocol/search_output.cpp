@@ -12,8 +12,6 @@
 #include "search/hash_table.h"
 #include "search/process_state.h"
 #include "thinking/main_line.h"
-#include "thinking/thinking.h"
-#include "thinking/thinking_state.h"
 
 namespace valku {
 

@@ -6,16 +6,15 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/move_text.h"
-#include "platform/clock.h"
 #include "platform/format_text.h"
 #include "platform/number_text.h"
 #include "platform/text_sink.h"
 #include "protocol/game_snapshot.h"
+#include "protocol/game_state.h"
 #include "protocol/parameters.h"
 #include "search/process_state.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
-#include "thinking/time_management.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 
@@ -47,14 +46,9 @@ void sendUciIdentification() {
 void isReady() {
     if (processRole == roleRoot) {
         isSettled();  // what follows an answer is waited for, so that it does not delay the next search
-        while (!searchRunning && !readyForGo) sleepMilliseconds(1);
+        awaitReadiness();
     }
     sendText("readyok\n");
-}
-
-void ponderHit() {
-    pondering = false;
-    if (timeUsedUp) moveNow();
 }
 
 void setPosition(std::string_view positionPart, std::string_view movePart) {
@@ -75,31 +69,30 @@ void setPosition(std::string_view positionPart, std::string_view movePart) {
 }
 
 void goUci(std::string_view arguments) {
-    engineSide = gamePosition.sideToMove == White ? engineWhite : engineBlack;
-    clockValues.wtime = clockValues.btime = clockValues.winc = clockValues.binc = clockValues.movestogo = 0;
-    clockValues.infiniteSearch = false;
+    takeSideToMove();
+    nextSearch.uciClock = {};
+    nextSearch.infiniteSearch = false;
     if (holds(arguments, "showeval")) {
-        timeControlled = false;
-        maxDepth = 1;
-        requestSearch();
+        nextSearch.timeControlled = false;
+        nextSearch.maxDepth = 1;
+        startSearch(pondering);
         return;
     }
-    clockValues.wtime = numberBehind(arguments, "wtime");
-    clockValues.btime = numberBehind(arguments, "btime");
-    clockValues.winc = numberBehind(arguments, "winc");
-    clockValues.binc = numberBehind(arguments, "binc");
-    clockValues.movestogo = numberBehind(arguments, "movestogo");
-    timeControlled = true;
+    nextSearch.uciClock = {.wtime = numberBehind(arguments, "wtime"),
+                           .btime = numberBehind(arguments, "btime"),
+                           .winc = numberBehind(arguments, "winc"),
+                           .binc = numberBehind(arguments, "binc"),
+                           .movestogo = numberBehind(arguments, "movestogo")};
+    nextSearch.timeControlled = true;
     if (holds(arguments, "depth")) {
-        maxDepth = std::max(numberBehind(arguments, "depth"), leastUciDepth);
-        timeControlled = false;
+        nextSearch.maxDepth = std::max(numberBehind(arguments, "depth"), leastUciDepth);
+        nextSearch.timeControlled = false;
     }
     if (holds(arguments, "infinite")) {
-        clockValues.infiniteSearch = true;
-        timeControlled = true;
+        nextSearch.infiniteSearch = true;
+        nextSearch.timeControlled = true;
     }
-    pondering = holds(arguments, "ponder");
-    requestSearch();
+    startSearch(holds(arguments, "ponder"));
 }
 
 }  // namespace valku

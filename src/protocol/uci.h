@@ -8,7 +8,6 @@ namespace valku {
 void sendUciIdentification();
 
 void isReady();
-void ponderHit();
 
 // `positionPart` is "startpos" or "fen " and a FEN; `movePart` holds the moves that lead on from there. An
 // unreadable FEN leaves everything as it was; from the first move that is not legal on the rest of the list

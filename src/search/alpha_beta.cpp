@@ -61,7 +61,7 @@ i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth);
 // A race at `ply` is worth its while for the first 2 to the power of `ply` seconds of a search; later only
 // nodes further down are raced.
 bool isTooLateToRace(int ply) {
-    return secondsAtLastReport > std::ldexp(1.0, ply);
+    return elapsedSeconds > std::ldexp(1.0, ply);
 }
 
 // The split-aware way: a deep child is raced over the search processes. Once the search has lasted longer

@@ -14,6 +14,6 @@ inline SplitSearch splitSearchPort = nullptr;
 
 // Seconds between the start of the search and its last report; they do not run in between. Written by the
 // thinking thread, which waits while another thread searches.
-inline double secondsAtLastReport = 0;
+inline double elapsedSeconds = 0;
 
 }  // namespace valku

@@ -39,9 +39,10 @@
 #include "shell/settings_file.h"
 #include "tablebases/probe.h"
 #include "tablebases/registration.h"
+#include "thinking/main_line.h"
 #include "thinking/search_control.h"
+#include "thinking/search_observer.h"
 #include "thinking/thinking.h"
-#include "thinking/thinking_state.h"
 #include "tools/tool_commands.h"
 
 namespace valku {

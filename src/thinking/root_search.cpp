@@ -17,7 +17,6 @@
 #include "search/stop_word.h"
 #include "thinking/main_line.h"
 #include "thinking/search_observer.h"
-#include "thinking/thinking_state.h"
 
 namespace valku {
 
@@ -56,7 +55,7 @@ void orderRootMoves(i32 depth) {
     }
 }
 
-Line lineBehind(Move move, const Line& pv) {
+Line lineAfter(Move move, const Line& pv) {
     Line line{};
     line.moves[0] = move;
     for (int i = 0; i + 1 < maxLineMoves && pv.moves[i]; ++i) line.moves[i + 1] = pv.moves[i];
@@ -127,7 +126,8 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
         ++legalSeen;
         searchObserver->rootMoveBegun(depth, move, legalSeen, rootPosition.state[-1]);
 
-        // Step 2. A zero window behind the first move, a ply less deep for a late move with a bad history.
+        // Step 2. Principal variation search: a zero window after the first move, and a late move reduction
+        // of a ply for a move with a bad history.
         if (legalSeen > 1 && depth >= 3) {
             const bool badHistory = table.values[rootPosition.board[moveTo(move)]][moveTo(move)] < 0;
             const i32 plies = i > neverReduced && badHistory ? depth - 2 : depth - 1;
@@ -159,12 +159,12 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
             if (score < beta) {
                 if (score > alpha) {
                     alpha = score;
-                    sendMainLine(depth, move, score, lineBehind(move, result.pv), false);
+                    sendMainLine(depth, move, score, lineAfter(move, result.pv), false);
                 }
                 break;
             }
             searchObserver->failedHigh(depth, score);
-            sendMainLine(depth, move, score, lineBehind(move, result.pv), true);
+            sendMainLine(depth, move, score, lineAfter(move, result.pv), true);
             alpha = score - 1;
             beta = std::min(alpha + (aspirationWindow << std::min(failHighs, 20)), mateScore);
             makeMove(rootPosition, move);

@@ -19,6 +19,10 @@ extern MoveList rootMoves;  // scores[i]: the last open-window value of move i, 
 // Nodes spent on a root move in open-window searches of this search cycle.
 u64 rootNodesOf(Move move);
 
+// Half-width of the current window, in hundredths of a pawn; each iteration has one of its own. Written by
+// the thinking thread. (The setting of that name serves no iteration.)
+inline i32 aspirationWindow = 25;
+
 // The best move at the end of an iteration steers the order of the next ones.
 void rememberBestMove(i32 depth, Move move);
 

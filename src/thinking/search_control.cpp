@@ -5,10 +5,10 @@
 #include "chess/game.h"
 #include "platform/clock.h"
 #include "platform/mutex.h"
+#include "platform/shut_down.h"
 #include "search/process_state.h"
 #include "search/stop_word.h"
-#include "thinking/thinking_state.h"
-#include "thinking/time_management.h"
+#include "thinking/search_flags.h"
 
 namespace valku {
 
@@ -19,6 +19,11 @@ namespace {
 Mutex endOfSearchMutex;
 
 Mutex gameMutex;
+
+// What the next search cycle is asked for, and what the running one was. Both under the mutex.
+Mutex requestMutex;
+SearchRequest nextRequest;
+SearchRequest runningRequest;
 
 // Tells one search from the next, which may begin while somebody waits to stop the one.
 SharedNumber searchNumber{0};
@@ -55,9 +60,20 @@ void awaitIdle() {
 
 void nothingToShow() {}
 
+SearchRequest running() {
+    const std::lock_guard lock(requestMutex);
+    return runningRequest;
+}
+
+// Whether the engine keeps the game, so that a ponder search is taken back.
+bool takesBack() {
+    const std::lock_guard lock(requestMutex);
+    return nextRequest.gameKeeper == GameKeeper::engine;
+}
+
 bool hasLimit() {
-    if (pondering || analyzing) return false;
-    return !(timeControlled && protocolMode == protocolUci && clockValues.infiniteSearch);
+    const SearchRequest request = running();
+    return !pondering && !request.analyzing && !(request.timeControlled && request.infiniteSearch);
 }
 
 }  // namespace
@@ -82,14 +98,73 @@ bool areTablesInUse() {
     return searchRunning || tableWorkRunning;
 }
 
-void requestSearch() {
-    if (processRole != roleRoot) return;  // nobody there to think
+void requestSearch(const SearchRequest& request) {
+    if (processRole != roleRoot) return;
+    {
+        const std::lock_guard lock(requestMutex);
+        runningRequest = nextRequest = request;
+    }
+    pondering = request.pondering;
     forgetOldStops();
     answerGiven = false;
     if (!announceSearch()) return;
     thinkingActive = true;
     readyForGo = false;
     goEvent.signal();
+}
+
+void renewLimits(const SearchRequest& request) {
+    const std::lock_guard lock(requestMutex);
+    nextRequest = request;
+}
+
+void awaitRequest() {
+    readyForGo = true;
+    goEvent.wait();
+    readyForGo = false;
+}
+
+SearchRequest takeRequest() {
+    const std::lock_guard lock(requestMutex);
+    return runningRequest = nextRequest;
+}
+
+void becomeIdle() {
+    readyForGo = true;
+    thinkingActive = false;
+    idleEvent.signal();
+}
+
+void allowStop() {
+    minimalSearchPending = false;
+}
+
+void setTimeUsedUp(bool used) {
+    timeUsedUp = used;
+}
+
+// A ponder hit clears `pondering` and then looks at timeUsedUp; in this order one of the two sees the other.
+void timeLimitReached() {
+    timeUsedUp = true;
+    if (!pondering) setStop(stopFromOutside);
+}
+
+bool isFirstSearchOfGame() {
+    const bool first = firstSearchOfGame;
+    if (first) firstSearchOfGame = false;
+    return first;
+}
+
+void beginNewGame() {
+    firstSearchOfGame = true;
+}
+
+void beginAnswer() {
+    answerGiven = true;
+}
+
+void forgoPondering() {
+    noAutoPonder = true;
 }
 
 void expectSearchEnd() {
@@ -146,13 +221,28 @@ Position copyGame() {
 
 void moveNow() {
     const i32 number = searchNumber;
-    const bool takesBack = pondering && protocolMode != protocolUci;
+    const bool giveUp = pondering && takesBack();
     while (minimalSearchPending && searchNumber == number) sleepMilliseconds(1);
-    if (takesBack) {
+    if (giveUp) {
         stopPondering();
     } else {
         halt(&number);
     }
+}
+
+void stopSearch() {
+    pondering = false;
+    moveNow();
+}
+
+void ponderHit() {
+    pondering = false;
+    if (timeUsedUp) moveNow();
+}
+
+void forgetPondering() {
+    pondering = false;
+    timeUsedUp = false;
 }
 
 void stopPondering() {
@@ -164,38 +254,39 @@ void stopPondering() {
         awaitIdle();
     }
     pondering = false;
-    if (protocolMode != protocolUci && takeBackGameMove()) ponderingTakenBack();
+    if (takesBack() && takeBackGameMove()) ponderingTakenBack();
 }
 
-// Outside UCI only stopPondering may clear `pondering`: the thinking thread may just have set it.
+// While the engine keeps the game, a stop leaves `pondering` to stopPondering: the thinking thread may just
+// have set it, with the expected move on the board.
 
 void stopThinking() {
     while (thinkingActive) {
-        if (pondering && protocolMode != protocolUci) {
+        if (pondering && takesBack()) {
             stopPondering();
             return;
         }
-        if (protocolMode == protocolUci) pondering = false;
+        if (!takesBack()) pondering = false;
         noAutoPonder = true;
         abortThinking = true;
         haltSearch();
         awaitIdle();
     }
-    if (protocolMode != protocolUci) stopPondering();
+    if (takesBack()) stopPondering();
 }
 
 void finishThinking() {
     while (thinkingActive) {
         noAutoPonder = true;
-        if (protocolMode == protocolUci) {
-            pondering = false;
-        } else {
+        if (takesBack()) {
             stopPondering();
+        } else {
+            pondering = false;
         }
         moveNow();
         awaitIdle();
     }
-    if (protocolMode != protocolUci) stopPondering();
+    if (takesBack()) stopPondering();
 }
 
 bool isSettled() {
@@ -205,6 +296,10 @@ bool isSettled() {
 
 bool isAnswerOpen() {
     return thinkingActive && !answerGiven;
+}
+
+void awaitReadiness() {
+    while (!searchRunning && !readyForGo) sleepMilliseconds(1);
 }
 
 void finishAtEndOfInput() {

@@ -1,21 +1,20 @@
 #pragma once
 
-#include "search/search_types.h"
+#include "thinking/search_request.h"
 
 // The thinking thread: one search cycle, and the wait-think cycle around it.
 
 namespace valku {
 
-// Waits for requests and thinks, for the life of the process. In XBoard and console mode it goes on to ponder
-// by itself unless told not to.
+// Waits for requests and thinks, for the life of the process. If the engine keeps the game, it goes on to
+// ponder by itself unless told not to.
 [[noreturn]] void runThinkingCycle();
 
 // One search cycle on gamePosition, from the book to the move made and announced. `depthLimit` in plies;
 // `scheduledSeconds` is the time to spend, or unlimitedSeconds.
-void think(i32 depthLimit, double scheduledSeconds);
+void think(i32 depthLimit, double scheduledSeconds, const SearchRequest& request = {});
 
-// Among the main lines of the last search's finished iterations the newest one that begins with this move and
-// has a reply; null if there is none.
-const Line* findFinishedLine(Move firstMove);
+// Above 0: the depth in plies of every search. A setting.
+inline i32 quickPlay = 0;
 
 }  // namespace valku

@@ -11,9 +11,11 @@
 #include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
+#include "protocol/game_state.h"
 #include "search/process_state.h"
+#include "thinking/main_line.h"
 #include "thinking/search_control.h"
-#include "thinking/thinking_state.h"
+#include "thinking/search_flags.h"
 #include "tools/arguments.h"
 #include "tools/benchmark_positions.h"
 
@@ -111,8 +113,8 @@ u64 benchPosition(const std::string& fen, i32 depth) {
     sendText(formatText("Starting benchmarking position with depth %i...\n", depth));
     const u64 earlierNodes = totalNodes;
     totalNodes = 0;  // an answer from the book searches nothing
-    maxDepth = depth;
-    timeControlled = false;
+    nextSearch.maxDepth = depth;
+    nextSearch.timeControlled = false;
 
     const double began = steadySeconds();
     expectSearchEnd();

@@ -18,10 +18,11 @@
 #include "search/split_port.h"
 #include "search/stop_word.h"
 #include "search/tablebase_port.h"
+#include "thinking/main_line.h"
 #include "thinking/root_search.h"
 #include "thinking/thinking.h"
-#include "thinking/thinking_state.h"
 #include "thinking/thinking_test.h"
+#include "thinking/time_management.h"
 
 namespace valku {
 namespace {

@@ -1,23 +1,10 @@
 #include "thinking/time_management.h"
 
 #include "chess/game.h"
-#include "search/process_state.h"
-#include "thinking/thinking_state.h"
 #include "thinking/thinking_test.h"
 
 namespace valku {
 namespace {
-
-void resetClocks() {
-    clockValues.remainingCentiseconds = 0;
-    clockValues.levelMoves = 0;
-    clockValues.levelIncrement = 0;
-    clockValues.wtime = 0;
-    clockValues.winc = 0;
-    clockValues.movestogo = 0;
-    clockValues.levelMinutes = 5;
-    clockValues.infiniteSearch = false;
-}
 
 class TimeManagement : public ::testing::Test {
   protected:
@@ -25,17 +12,12 @@ class TimeManagement : public ::testing::Test {
         setPosition(startPositionFen);
         searchObserver = &observer;
     }
-    void TearDown() override {
-        resetClocks();
-        protocolMode = protocolUndecided;
-        searchObserver = nullptr;
-    }
+    void TearDown() override { searchObserver = nullptr; }
 
     RecordingObserver observer;
 };
 
 TEST_F(TimeManagement, LevelClocks) {
-    protocolMode = protocolXboard;
     const struct {
         i32 centiseconds, moves, minutes, increment;
         double schedule, limit;
@@ -52,26 +34,26 @@ TEST_F(TimeManagement, LevelClocks) {
         {0, 0, 5, 0, 0.0, 0.0},
     };
     for (const auto& c : cases) {
-        clockValues.remainingCentiseconds = c.centiseconds;
-        clockValues.levelMoves = c.moves;
-        clockValues.levelMinutes = c.minutes;
-        clockValues.levelIncrement = c.increment;
-        const double schedule = scheduleTime();
+        SearchRequest request;
+        request.levelClock = {.remainingCentiseconds = c.centiseconds,
+                              .levelMoves = c.moves,
+                              .levelMinutes = c.minutes,
+                              .levelIncrement = c.increment};
+        const double schedule = scheduleTime(request);
         EXPECT_NEAR(schedule, c.schedule, 1e-9) << c.centiseconds << ' ' << c.moves;
-        EXPECT_NEAR(hardLimit(schedule), c.limit, 1e-9) << c.centiseconds << ' ' << c.moves;
+        EXPECT_NEAR(hardLimit(request, schedule), c.limit, 1e-9) << c.centiseconds << ' ' << c.moves;
     }
     EXPECT_EQ(observer.clockMoves, -1);
 
     // The share grows by a hundredth with every full move, also in games that have outgrown the stack.
-    protocolMode = protocolConsole;
-    resetClocks();
-    clockValues.remainingCentiseconds = 60000;
+    SearchRequest request;
+    request.levelClock.remainingCentiseconds = 60000;
     constexpr Move round[] = {makeMoveWord(G1, F3), makeMoveWord(G8, F6), makeMoveWord(F3, G1),
                               makeMoveWord(F6, G8)};
     for (int ply = 0; ply < 700; ++ply) {
         const double share = 0.25 + ply / 2 / 100.0;
         const double expected = std::min(100.0, share * 600 / 14);
-        ASSERT_NEAR(scheduleTime(), expected, 1e-9) << ply;
+        ASSERT_NEAR(scheduleTime(request), expected, 1e-9) << ply;
         playGameMove(round[ply % 4]);
     }
 }
