@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,6 @@
 #include "protocol/parameters.h"
 #include "protocol/received_moves.h"
 #include "protocol/search_output.h"
-#include "protocol/tool_port.h"
 #include "protocol/uci.h"
 #include "search/process_state.h"
 #include "thinking/search_control.h"
@@ -29,22 +29,6 @@
 namespace valku {
 
 namespace {
-
-enum class Match { whole, prefix };
-
-// Every word is open to the user of a root process; some are open to others, or at other times.
-enum : unsigned {
-    caller = 1,           // whoever has the pipe of a process that is no root, or has reached its port
-    userWhileEditing = 2  // the user in the middle of setting up a board
-};
-
-struct Command {
-    std::string_view word;
-    Match match;
-    // `rest` is what follows the word; for a whole match nothing.
-    void (*handle)(std::string_view rest);
-    unsigned openTo = 0;
-};
 
 // The text from one character behind the word on, where the arguments begin.
 std::string_view argumentsOf(std::string_view rest) {
@@ -184,17 +168,12 @@ constexpr Command commands[] = {
     {"eval", Match::whole, [](std::string_view) { showEvaluation(); }},
     {"mirror", Match::whole, [](std::string_view) { mirror(); }},
     {"variant fischerandom", Match::whole, [](std::string_view) { chess960 = !chess960; }},
-    {"testeval", Match::prefix, [](std::string_view rest) { toolPort.testEval(rest); }},
-    {"benchmark", Match::prefix, [](std::string_view rest) { toolPort.benchmark(rest); }},
-    {"benchfromfile", Match::prefix, [](std::string_view rest) { toolPort.benchFromFile(rest); }},
-    {"checkMissEvals", Match::prefix, [](std::string_view rest) { toolPort.checkMissEvals(rest); }},
-    {"gameStats", Match::prefix, [](std::string_view rest) { toolPort.gameStats(rest); }},
-    {"generateTestposEval", Match::prefix, [](std::string_view rest) { toolPort.generateTestposEval(rest); }},
-    {"callengine", Match::prefix, [](std::string_view rest) { toolPort.callEngine(rest); }},
-    {"learnfile2matrix", Match::prefix, [](std::string_view rest) { toolPort.learnFileToMatrix(rest); }},
 };
 
-// Behind the moves of an XBoard interface, so that no word can be taken for one.
+// Written at start-up alone.
+std::span<const Command> toolCommands;
+
+// After the moves of an XBoard interface, so that no word can be taken for one.
 constexpr Command uciCommands[] = {
     {"isready", Match::whole, [](std::string_view) { isReady(); }, caller},
     {"setoption name", Match::prefix, setOptionCommand},
@@ -210,8 +189,7 @@ bool fits(const Command& command, std::string_view line) {
 }
 
 // Carries the line out with the first command of the chain that fits and is open to `whom`.
-template <std::size_t count>
-bool dispatchAmong(const Command (&chain)[count], std::string_view line, unsigned whom = 0) {
+bool dispatchAmong(std::span<const Command> chain, std::string_view line, unsigned whom = 0) {
     for (const Command& command : chain) {
         if ((command.openTo & whom) != whom || !fits(command, line)) continue;
         command.handle(line.substr(command.word.size()));
@@ -243,12 +221,16 @@ void dispatchWhileEditing(std::string_view line) {
 
 }  // namespace
 
+void useToolCommands(std::span<const Command> commandsOfTools) {
+    toolCommands = commandsOfTools;
+}
+
 void dispatch(const std::string& line) {
     if (processRole != roleRoot) {
         dispatchForCaller(line);
     } else if (editMode) {
         dispatchWhileEditing(line);
-    } else if (dispatchAmong(commands, line)) {
+    } else if (dispatchAmong(commands, line) || dispatchAmong(toolCommands, line)) {
         return;
     } else if (isMoveText(line)) {
         receiveMove(line, false);

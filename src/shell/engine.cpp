@@ -197,7 +197,7 @@ void connectPorts() {
         snapshotKings();
         printBoard();
     };
-    toolPort = toolCommands();
+    useToolCommands(toolCommands());
     tablebaseProbe = probeTablebases;
     searchObserver = searchOutput();
     splitSearchPort = splitSearch;

@@ -20,19 +20,22 @@ std::string fileName(std::string_view arguments) {
     return std::string(arguments.substr(std::min(arguments.find_first_not_of(' '), arguments.size())));
 }
 
+constexpr Command commands[] = {
+    {"testeval", Match::prefix, [](std::string_view rest) { testEvalAgainstFile(fileName(rest)); }},
+    {"benchmark", Match::prefix, benchmark},
+    {"benchfromfile", Match::prefix, benchFromFile},
+    {"checkMissEvals", Match::prefix, [](std::string_view rest) { checkMissEvals(fileName(rest)); }},
+    {"gameStats", Match::prefix, [](std::string_view rest) { gameStats(fileName(rest)); }},
+    {"generateTestposEval", Match::prefix,
+     [](std::string_view rest) { generateTestposEval(fileName(rest)); }},
+    {"callengine", Match::prefix, callEngine},
+    {"learnfile2matrix", Match::prefix, learnFileToMatrix},
+};
+
 }  // namespace
 
-ToolPort toolCommands() {
-    return {
-        .benchmark = benchmark,
-        .benchFromFile = benchFromFile,
-        .testEval = [](std::string_view arguments) { testEvalAgainstFile(fileName(arguments)); },
-        .gameStats = [](std::string_view arguments) { gameStats(fileName(arguments)); },
-        .checkMissEvals = [](std::string_view arguments) { checkMissEvals(fileName(arguments)); },
-        .generateTestposEval = [](std::string_view arguments) { generateTestposEval(fileName(arguments)); },
-        .callEngine = callEngine,
-        .learnFileToMatrix = learnFileToMatrix,
-    };
+std::span<const Command> toolCommands() {
+    return commands;
 }
 
 }  // namespace valku

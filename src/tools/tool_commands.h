@@ -1,10 +1,12 @@
 #pragma once
 
-#include "protocol/tool_port.h"
+#include <span>
+
+#include "protocol/command.h"
 
 namespace valku {
 
-// All tools, for the chain of commands.
-ToolPort toolCommands();
+// The commands of the tools. None is open to a caller, or while a board is set up.
+std::span<const Command> toolCommands();
 
 }  // namespace valku

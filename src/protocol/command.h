@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string_view>
+
+namespace valku {
+
+enum class Match { whole, prefix };
+
+// Every word is open to the user of a root process; some are open to others, or at other times.
+enum Audience : unsigned {
+    caller = 1,           // whoever has the pipe of a process that is no root, or has reached its port
+    userWhileEditing = 2  // the user in the middle of setting up a board
+};
+
+// One row of a table of commands, which is searched from the top.
+struct Command {
+    std::string_view word;
+    Match match;
+    // `rest` is what follows the word on the line; for a whole match nothing. Called by the thread that reads
+    // the commands.
+    void (*handle)(std::string_view rest);
+    unsigned openTo = 0;  // bits of Audience
+};
+
+}  // namespace valku

@@ -1,7 +1,0 @@
-#include "protocol/tool_port.h"
-
-namespace valku {
-
-ToolPort toolPort{};
-
-}  // namespace valku
