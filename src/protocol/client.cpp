@@ -13,6 +13,7 @@
 #include "distributed/root_search_process.h"
 #include "distributed/wire_protocol.h"
 #include "platform/clock.h"
+#include "platform/shut_down.h"
 #include "platform/text_sink.h"
 #include "search/stop_word.h"
 #include "thinking/search_control.h"

@@ -8,6 +8,7 @@
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/number_text.h"
+#include "platform/shut_down.h"
 #include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"

@@ -17,6 +17,7 @@
 #include "platform/long_command.h"
 #include "platform/number_text.h"
 #include "platform/raw_io.h"
+#include "platform/shut_down.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
 #include "tools/arguments.h"
