@@ -14,7 +14,7 @@
 #include "chess/fen.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 
 namespace valku {

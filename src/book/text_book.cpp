@@ -7,7 +7,7 @@
 #include "chess/game.h"
 #include "chess/move_text.h"
 #include "platform/long_command.h"
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 
 namespace valku {
 

@@ -1,13 +1,12 @@
 #include "chess/fen.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
 
 #include "chess/attacks.h"
 #include "chess/castling_rights.h"
 #include "chess/move_text.h"
 #include "chess/side.h"
+#include "platform/text_scan.h"
 
 namespace valku {
 
@@ -52,30 +51,18 @@ char letterOfCode(u8 code) {
     return '?';
 }
 
-constexpr bool isWhiteSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 // The fields of a FEN; what the text lacks is empty and counts as "-".
 struct Fields {
     std::string_view placement, side, castling, enPassant, fiftyMoves;
 
     explicit Fields(std::string_view text)
-        : placement(take(text)),
-          side(take(text)),
-          castling(take(text)),
-          enPassant(take(text)),
-          fiftyMoves(take(text)) {}
+        : placement(takeWord(text, isWhiteSpace)),
+          side(takeWord(text, isWhiteSpace)),
+          castling(takeWord(text, isWhiteSpace)),
+          enPassant(takeWord(text, isWhiteSpace)),
+          fiftyMoves(takeWord(text, isWhiteSpace)) {}
 
     bool areEnough() const { return !side.empty(); }
-
-  private:
-    static std::string_view take(std::string_view& text) {
-        const auto from = std::find_if_not(text.begin(), text.end(), isWhiteSpace);
-        const auto to = std::find_if(from, text.end(), isWhiteSpace);
-        text = {to, text.end()};
-        return {from, to};
-    }
 };
 
 bool readPlacement(Position& p, std::string_view field) {
@@ -116,10 +103,8 @@ void readEnPassantField(Position& p, std::string_view field) {
 }
 
 u8 readFiftyMoves(std::string_view field) {
-    unsigned count = 0;
-    const auto result = std::from_chars(field.data(), field.data() + field.size(), count);
-    if (result.ec == std::errc::result_out_of_range) return 255;
-    return static_cast<u8>(count < 255 ? count : 255);
+    constexpr u8 most = 255;
+    return takeNumber<u8>(field, most).value_or(0);
 }
 
 // The men and the side to move. False if the placement is bad or a king is missing.

@@ -1,7 +1,8 @@
 #include "distributed/caller_rule.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "platform/text_scan.h"
 
 namespace valku {
 
@@ -19,26 +20,16 @@ constexpr bool contains(const Network& network, u32 address) {
     return ((network.address ^ address) & network.mask) == 0;
 }
 
-// A number up to `largest` at the start of the text, which is moved on behind it.
-std::optional<u32> takeNumber(std::string_view& text, u32 largest) {
-    u32 number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || number > largest) return {};
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return number;
-}
-
-bool takeMark(std::string_view& text, char mark) {
-    if (!text.starts_with(mark)) return false;
-    text.remove_prefix(1);
-    return true;
+std::optional<u32> takeNumberUpTo(std::string_view& text, u32 largest) {
+    const std::optional<u32> number = takeNumber<u32>(text);
+    return number && *number <= largest ? number : std::nullopt;
 }
 
 std::optional<u32> takeAddress(std::string_view& text) {
     u32 address = 0;
     for (int part = 0; part < 4; ++part) {
         if (part > 0 && !takeMark(text, '.')) return {};
-        const std::optional<u32> number = takeNumber(text, 255);
+        const std::optional<u32> number = takeNumberUpTo(text, 255);
         if (!number) return {};
         address = address << 8 | *number;
     }
@@ -54,22 +45,20 @@ constexpr u32 maskOf(u32 bits) {
 std::optional<Network> parseNetwork(std::string_view text) {
     const std::optional<u32> address = takeAddress(text);
     if (!address) return {};
-    const std::optional<u32> bits = takeMark(text, '/') ? takeNumber(text, 32) : 32;
+    const std::optional<u32> bits = takeMark(text, '/') ? takeNumberUpTo(text, 32) : 32;
     if (!bits || !text.empty()) return {};
     return Network{*address, maskOf(*bits)};
 }
 
 std::optional<std::vector<Network>> parseNetworks(std::string_view text) {
-    constexpr std::string_view separators = ", \t";
+    const auto isSeparator = [](char c) { return c == ',' || c == ' ' || c == '\t'; };
     std::vector<Network> networks;
     for (;;) {
-        text.remove_prefix(std::min(text.find_first_not_of(separators), text.size()));
-        if (text.empty()) return networks;
-        const std::string_view word = text.substr(0, text.find_first_of(separators));
+        const std::string_view word = takeWord(text, isSeparator);
+        if (word.empty()) return networks;
         const std::optional<Network> network = parseNetwork(word);
         if (!network) return {};
         networks.push_back(*network);
-        text.remove_prefix(word.size());
     }
 }
 

@@ -1,10 +1,10 @@
 #include "distributed/wire_protocol.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "chess/move_text.h"
 #include "chess/side.h"
+#include "platform/text_scan.h"
 
 namespace valku {
 
@@ -41,11 +41,10 @@ std::string historyText(const Position& p) {
 }
 
 template <class Number>
-bool takeNumber(std::string_view& text, Number& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end == text.data() + text.size() || *end != ' ') return false;
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
-    return true;
+bool takeNumberAndBlank(std::string_view& text, Number& number) {
+    const std::optional<Number> taken = takeNumber<Number>(text);
+    number = taken.value_or(0);
+    return taken && takeMark(text, ' ');
 }
 
 bool isSquareText(std::string_view text) {
@@ -97,9 +96,9 @@ std::optional<SearchResult> parseResult(std::string_view response) {
     if (!response.starts_with(answerWord) || response.size() > longestAnswer) return {};
     response.remove_prefix(answerWord.size());
     SearchResult result;
-    if (!takeNumber(response, result.value) || !takeNumber(response, result.nodes) ||
-        !takeNumber(response, result.selDepth) || !takeNumber(response, result.tbProbes) ||
-        !takeNumber(response, result.tbHits)) {
+    if (!takeNumberAndBlank(response, result.value) || !takeNumberAndBlank(response, result.nodes) ||
+        !takeNumberAndBlank(response, result.selDepth) || !takeNumberAndBlank(response, result.tbProbes) ||
+        !takeNumberAndBlank(response, result.tbHits)) {
         return {};
     }
     // No search gives more than a mate; whoever says so cannot be counted on.

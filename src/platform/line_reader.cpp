@@ -3,15 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/text_scan.h"
+
 namespace valku {
-
-namespace {
-
-bool isWhiteSpace(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-}  // namespace
 
 bool LineReader::refill() {
     // A terminal can go on giving bytes after its end-of-input key; to us the first end is the end.

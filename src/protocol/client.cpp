@@ -1,7 +1,6 @@
 #include "protocol/client.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <string>
 
@@ -14,6 +13,7 @@
 #include "distributed/wire_protocol.h"
 #include "platform/clock.h"
 #include "platform/shut_down.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "search/stop_word.h"
 #include "thinking/search_control.h"
@@ -41,25 +41,21 @@ constexpr Move unknownMove(const Position& position) {
     return makeMoveWord(noSquare, position.whiteKing);
 }
 
-// The next number of a text, behind blanks; 0 if there is none.
-i32 takeNumber(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    i32 number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    if (error == std::errc::result_out_of_range) return std::numeric_limits<i32>::max();
-    return number;
+// The next number of a text, after blanks; 0 if there is none, the largest if it does not fit.
+i32 takeNumberOrZero(std::string_view& text) {
+    skipSeparators(text);
+    return takeNumber<i32>(text, std::numeric_limits<i32>::max()).value_or(0);
 }
 
 // The squares of one man, up to the colon or the letter behind them. False if the text is no such group.
 bool takeGroup(std::string_view& text, u8 man) {
     while (!text.empty() && text.front() >= '0' && text.front() <= '9') {
-        const i32 square = takeNumber(text);
+        const i32 square = takeNumberOrZero(text);
         if (square < 0 || square > lastSquare || !onBoard(square)) return false;
         const bool isLastRank = rankOf(square) == 0 || rankOf(square) == 7;
         if ((man & pawnFlag) && isLastRank) return false;
         if (told.board[square] != empty || !placeMan(told, man, square)) return false;
-        if (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+        takeMark(text, ' ');
     }
     return true;
 }
@@ -70,14 +66,13 @@ bool takeMen(std::string_view& text) {
     for (const u8 man : men) {
         if (!takeGroup(text, man)) return false;
         if (man == BlackKing) break;
-        if (text.empty() || text.front() != ':') return false;
-        text.remove_prefix(1);
+        if (!takeMark(text, ':')) return false;
     }
     return true;
 }
 
 void takeByte(std::string_view& text, u8& byte) {
-    const i32 number = takeNumber(text);
+    const i32 number = takeNumberOrZero(text);
     if (number < 0 || number > std::numeric_limits<u8>::max()) {
         malformed = true;
     } else {
@@ -156,8 +151,8 @@ void receiveFiftyMoves(std::string_view count) {
 
 void receiveKey(std::string_view halves) {
     if (!clientThread) return;
-    told.state->hashLow = static_cast<u32>(takeNumber(halves));
-    told.state->hashHigh = static_cast<u32>(takeNumber(halves));
+    told.state->hashLow = static_cast<u32>(takeNumberOrZero(halves));
+    told.state->hashHigh = static_cast<u32>(takeNumberOrZero(halves));
 }
 
 void receiveHistory(std::string_view pairs) {
@@ -165,12 +160,12 @@ void receiveHistory(std::string_view pairs) {
     const StateRecord current = *told.state;
     told.state = told.states;
     for (int count = 0;; ++count) {
-        pairs.remove_prefix(std::min(pairs.find_first_not_of(' '), pairs.size()));
+        skipSeparators(pairs);
         if (pairs.empty() || pairs.front() == ';') break;
         malformed = malformed || count == mostHistory;
         if (malformed) break;
-        told.state->hashLow = static_cast<u32>(takeNumber(pairs));
-        told.state->hashHigh = static_cast<u32>(takeNumber(pairs));
+        told.state->hashLow = static_cast<u32>(takeNumberOrZero(pairs));
+        told.state->hashHigh = static_cast<u32>(takeNumberOrZero(pairs));
         ++told.state;
     }
     *told.state = current;
@@ -182,11 +177,11 @@ void startJob(std::string_view numbers) {
     if (malformed || !isSound(told)) return;
     gamePosition = told;
     SearchJob job;
-    takeNumber(numbers);  // the ply at the parent: the root of this process is at ply 1
-    job.alpha = std::clamp(takeNumber(numbers), -widestBound, widestBound);
-    job.beta = std::clamp(takeNumber(numbers), -widestBound, widestBound);
-    job.distance = std::clamp(takeNumber(numbers), 0, deepestJob);
-    job.zws = takeNumber(numbers) != 0;
+    takeNumberOrZero(numbers);  // the ply at the parent: the root of this process is at ply 1
+    job.alpha = std::clamp(takeNumberOrZero(numbers), -widestBound, widestBound);
+    job.beta = std::clamp(takeNumberOrZero(numbers), -widestBound, widestBound);
+    job.distance = std::clamp(takeNumberOrZero(numbers), 0, deepestJob);
+    job.zws = takeNumberOrZero(numbers) != 0;
 
     clearAllStops();
     if (!announceSearch()) return;

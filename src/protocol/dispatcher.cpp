@@ -9,8 +9,8 @@
 #include "book/book_report.h"
 #include "chess/fen.h"
 #include "distributed/clients.h"
-#include "platform/number_text.h"
 #include "platform/raw_io.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/book_commands.h"
 #include "protocol/client.h"
@@ -35,11 +35,10 @@ std::string_view argumentsOf(std::string_view rest) {
     return rest.substr(rest.empty() ? 0 : 1);
 }
 
-// The number at the start of `text`, which is then moved on behind the next blank.
-i32 takeNumber(std::string_view& text) {
+// The number at the start of `text`, which then goes on after its next blank.
+i32 takeArgument(std::string_view& text) {
     const i32 number = readNumber(text);
-    const std::size_t blank = text.find(' ');
-    text.remove_prefix(blank == std::string_view::npos ? text.size() : blank + 1);
+    takeField(text);
     return number;
 }
 
@@ -60,13 +59,13 @@ void setLevel(std::string_view rest) {
     std::string_view numbers = argumentsOf(rest);
     constexpr i32 mostMinutes = 100000;
     LevelClock& clock = nextSearch.levelClock;
-    clock.levelMoves = takeNumber(numbers);
+    clock.levelMoves = takeArgument(numbers);
     const std::string_view base = numbers.substr(0, numbers.find(' '));
     const std::size_t colon = base.find(':');
     const i32 seconds = colon == std::string_view::npos ? 0 : readNumber(base.substr(colon + 1));
-    clock.levelMinutes = std::clamp(takeNumber(numbers), -mostMinutes, mostMinutes);
+    clock.levelMinutes = std::clamp(takeArgument(numbers), -mostMinutes, mostMinutes);
     clock.levelSeconds = std::clamp(seconds, 0, 60 * mostMinutes);
-    clock.levelIncrement = takeNumber(numbers);
+    clock.levelIncrement = takeArgument(numbers);
     clock.remainingCentiseconds = clock.levelMinutes * 6000 + clock.levelSeconds * 100;
     nextSearch.timeControlled = true;
     limitsChanged();
@@ -92,11 +91,10 @@ void ponderMove(std::string_view move) {
 }
 
 void createRemoteClient(std::string_view rest) {
-    const std::string_view text = argumentsOf(rest);
-    const std::size_t blank = text.find(' ');
-    if (blank == std::string_view::npos) return;
-    const i32 port = readNumber(text.substr(blank + 1));
-    if (port > 0) addRemoteClient(std::string(text.substr(0, blank)), static_cast<u16>(port));
+    std::string_view text = argumentsOf(rest);
+    const std::string host(takeField(text));
+    const i32 port = readNumber(text);
+    if (port > 0) addRemoteClient(host, static_cast<u16>(port));
 }
 
 void setOptionCommand(std::string_view rest) {

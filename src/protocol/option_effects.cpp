@@ -15,7 +15,7 @@
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
 #include "platform/format_text.h"
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/hash_report.h"

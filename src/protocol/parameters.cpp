@@ -11,7 +11,7 @@
 #include "distributed/peer_socket.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_result.h"
 #include "protocol/option_effects.h"
@@ -71,11 +71,9 @@ void storeAcceptFrom(std::string_view value) {
 }
 
 void storePeer(std::string_view value) {
-    const std::size_t colon = value.find(':');
-    if (colon == std::string_view::npos) return;
-    const i32 port = readNumber(value.substr(colon + 1));
-    if (port > 0 && port <= std::numeric_limits<u16>::max())
-        addRemotePeer(std::string(value.substr(0, colon)), static_cast<u16>(port));
+    const std::string host(takeField(value, ':'));
+    const i32 port = readNumber(value);
+    if (port > 0 && port <= std::numeric_limits<u16>::max()) addRemotePeer(host, static_cast<u16>(port));
 }
 
 constexpr std::string_view percent = "type spin default 100 min 25 max 400";

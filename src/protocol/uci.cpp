@@ -7,7 +7,7 @@
 #include "chess/game.h"
 #include "chess/move_text.h"
 #include "platform/format_text.h"
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/game_state.h"
@@ -57,11 +57,7 @@ void setPosition(std::string_view positionPart, std::string_view movePart) {
     if (!start && positionPart.size() < 4) return;
     if (!readFen(start ? std::string_view(startPositionFen) : positionPart.substr(4))) return;
     while (!movePart.empty()) {
-        const std::size_t blank = std::min(movePart.find(' '), movePart.size());
-        const std::string_view token = movePart.substr(0, blank);
-        movePart.remove_prefix(std::min(blank + 1, movePart.size()));
-        if (token.empty()) continue;
-        const Move move = uciTextToMove(token, gamePosition);
+        const Move move = uciTextToMove(takeWord(movePart), gamePosition);
         if (move == nullMove) break;
         playGameMove(move);
     }

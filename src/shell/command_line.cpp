@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 #include "search/hash_table.h"
 #include "search/process_state.h"
 

@@ -1,12 +1,12 @@
 #include "tablemaker/commands.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <thread>
 
 #include "chess/tables.h"
 #include "platform/raw_io.h"
+#include "platform/text_scan.h"
 #include "tablebases/index_plan.h"
 #include "tablebases/table_classes.h"
 
@@ -61,10 +61,8 @@ constexpr Command commands[] = {
 };
 
 int threadsOf(const std::string& text) {
-    int threads = 0;
-    const char* const end = text.data() + text.size();
-    const auto [read, fault] = std::from_chars(text.data(), end, threads);
-    if (fault != std::errc() || read != end || threads < 1 || threads > mostThreads) {
+    const int threads = wholeNumber<int>(text).value_or(0);
+    if (threads < 1 || threads > mostThreads) {
         throw UsageError("--threads takes a number from 1 to " + std::to_string(mostThreads));
     }
     return threads;

@@ -7,8 +7,8 @@
 #include "platform/clock.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
-#include "platform/number_text.h"
 #include "platform/shut_down.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
@@ -17,7 +17,6 @@
 #include "thinking/main_line.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
-#include "tools/arguments.h"
 #include "tools/benchmark_positions.h"
 
 namespace valku {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 
 namespace valku {
 

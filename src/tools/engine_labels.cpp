@@ -1,7 +1,6 @@
 #include "tools/engine_labels.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -15,9 +14,9 @@
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/process.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
-#include "tools/arguments.h"
 #include "tools/position_values.h"
 
 namespace valku {
@@ -26,10 +25,8 @@ namespace {
 
 // The number at the start of a text, blanks before it passed over.
 std::optional<i32> numberAt(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    i32 number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+    skipSeparators(text);
+    return takeNumber<i32>(text);
 }
 
 struct Arguments {
@@ -42,8 +39,8 @@ struct Arguments {
 
 // A number above 0.
 bool readCount(std::string_view word, i32& count) {
-    const auto result = std::from_chars(word.data(), word.data() + word.size(), count);
-    return result.ec == std::errc() && result.ptr == word.data() + word.size() && count > 0;
+    count = wholeNumber<i32>(word).value_or(0);
+    return count > 0;
 }
 
 bool readArguments(std::string_view text, Arguments& arguments) {

@@ -15,12 +15,11 @@
 #include "platform/file_replacement.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
-#include "platform/number_text.h"
 #include "platform/raw_io.h"
 #include "platform/shut_down.h"
+#include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
-#include "tools/arguments.h"
 
 namespace valku {
 

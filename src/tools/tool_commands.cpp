@@ -1,8 +1,8 @@
 #include "tools/tool_commands.h"
 
-#include <algorithm>
 #include <string>
 
+#include "platform/text_scan.h"
 #include "tools/benchmark.h"
 #include "tools/engine_labels.h"
 #include "tools/eval_ranges.h"
@@ -17,7 +17,8 @@ namespace {
 
 // A name may hold blanks; those before it part it from the command.
 std::string fileName(std::string_view arguments) {
-    return std::string(arguments.substr(std::min(arguments.find_first_not_of(' '), arguments.size())));
+    skipSeparators(arguments);
+    return std::string(arguments);
 }
 
 constexpr Command commands[] = {

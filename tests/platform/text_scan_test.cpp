@@ -1,11 +1,11 @@
-#include "platform/number_text.h"
+#include "platform/text_scan.h"
 
 #include <gtest/gtest.h>
 
 namespace valku {
 namespace {
 
-TEST(NumberText, ReadsTheNumberAtTheStart) {
+TEST(TextScan, ReadsTheNumberAtTheStart) {
     const struct {
         const char* text;
         i64 number;
@@ -28,6 +28,26 @@ TEST(NumberText, ReadsTheNumberAtTheStart) {
     EXPECT_EQ(readNumber("-99999999999999999999"), -2147483647 - 1);
     EXPECT_EQ(readLongNumber("6000000000"), 6000000000);
     EXPECT_EQ(readLongNumber("99999999999999999999"), 9223372036854775807);
+}
+
+TEST(TextScan, WhatIsTakenIsRemoved) {
+    std::string_view text = "  go 12x;-300 400,,last";
+    EXPECT_EQ(takeWord(text), "go");
+    EXPECT_EQ(takeNumber<i32>(text), std::nullopt);
+    skipSeparators(text);
+    EXPECT_EQ(takeNumber<i32>(text), 12);
+    EXPECT_EQ(takeField(text, ';'), "x");
+    EXPECT_EQ(takeNumber<u8>(text), std::nullopt);
+    EXPECT_EQ(takeNumber<i8>(text, -1), -1);
+    EXPECT_TRUE(takeMark(text, ' '));
+    EXPECT_FALSE(takeMark(text, ' '));
+    EXPECT_EQ(wholeNumber<i32>(text), std::nullopt);
+    EXPECT_EQ(takeField(text, ','), "400");
+    EXPECT_EQ(takeField(text, ','), "");
+    EXPECT_EQ(takeField(text, ','), "last");
+    EXPECT_EQ(takeWord(text), "");
+    EXPECT_EQ(takeField(text), "");
+    EXPECT_EQ(wholeNumber<i32>("-7"), -7);
 }
 
 }  // namespace
