@@ -6,9 +6,9 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/move_text.h"
-#include "platform/format_text.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
+#include "protocol/engine_name.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/game_state.h"
 #include "protocol/parameters.h"
@@ -20,7 +20,6 @@ namespace valku {
 
 namespace {
 
-constexpr double version = 4.00;
 constexpr i32 leastUciDepth = 5;
 
 bool holds(std::string_view text, std::string_view word) {
@@ -39,8 +38,9 @@ i32 numberBehind(std::string_view text, std::string_view word) {
 void sendUciIdentification() {
     protocolMode = protocolUci;
     easyMode = true;
-    sendText(formatText("id name Valku %.2f\nid author Ferrin\n", version) + optionDeclarations() +
-             "uciok\n");
+    std::string text("id name ");
+    text.append(engineName).append("\nid author ").append(engineAuthor).append("\n");
+    sendText(text + optionDeclarations() + "uciok\n");
 }
 
 void isReady() {

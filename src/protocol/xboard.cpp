@@ -1,13 +1,17 @@
 #include "protocol/xboard.h"
 
+#include <string>
+
 #include "platform/text_sink.h"
+#include "protocol/engine_name.h"
 #include "search/process_state.h"
 
 namespace valku {
 
 void sendXboardFeatures() {
     protocolMode = protocolXboard;
-    sendText("feature myname=\"Valku 4.00\" sigint=0\nfeature variants=\"normal,fischerandom\"\n");
+    sendText("feature myname=\"" + std::string(engineName) +
+             "\" sigint=0\nfeature variants=\"normal,fischerandom\"\n");
 }
 
 }  // namespace valku

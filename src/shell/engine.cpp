@@ -22,6 +22,7 @@
 #include "protocol/board_output.h"
 #include "protocol/client.h"
 #include "protocol/dispatcher.h"
+#include "protocol/engine_name.h"
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/game_snapshot.h"
@@ -48,8 +49,6 @@
 namespace valku {
 
 namespace {
-
-constexpr const char* banner = "Valku 4.00, a chess engine. Type go to let it move, quit to leave.\n";
 
 void shutDownProcess() {
     // Clients first: a search may be waiting for one of them.
@@ -222,7 +221,7 @@ void reportTablebases() {
 
 void greet() {
     if (protocolMode != protocolConsole) return;
-    sendText(banner);
+    sendText(std::string(engineName) + ", a chess engine. Type go to let it move, quit to leave.\n");
     printBoard();
     std::string text = "The following search processes will be used:\n";
     for (const AbstractSearchProcess* process : allProcesses()) text += process->name() + "\n";
