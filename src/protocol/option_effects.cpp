@@ -7,6 +7,7 @@
 
 #include "book/book_settings.h"
 #include "chess/fen.h"
+#include "chess/game.h"
 #include "chess/piece_values.h"
 #include "distributed/client_settings.h"
 #include "distributed/clients.h"
@@ -65,11 +66,8 @@ std::map<std::string, i32, std::less<>> positionValues;
 // Runs an action on the position of a FEN, with gamePosition restored afterwards.
 template <class Action>
 void withPosition(std::string_view fen, Action action) {
-    const Position saved(gamePosition);
-    const int savedDropped = droppedGameMoves;
+    const KeptGame keptGame;
     if (readFen(fen)) action(gamePosition);
-    gamePosition = saved;
-    droppedGameMoves = savedDropped;
 }
 
 void clearPositionValue(std::string_view fen) {

@@ -9,6 +9,7 @@
 
 #include "chess/attacks.h"
 #include "chess/fen.h"
+#include "chess/game.h"
 #include "chess/move_generation.h"
 #include "platform/clock.h"
 #include "platform/format_text.h"
@@ -17,7 +18,6 @@
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
-#include "tools/position_values.h"
 
 namespace valku {
 

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "chess/fen.h"
+#include "chess/game.h"
 #include "platform/clock.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"

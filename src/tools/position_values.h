@@ -12,20 +12,4 @@ i32 staticValue(const Position& position);
 // The static value once the captures are over.
 i32 quiescenceValue(const Position& position);
 
-// Puts the game back as it was when this was made: tools that need a position of their own borrow its board.
-class KeptGame {
-  public:
-    KeptGame() : position(gamePosition), droppedMoves(droppedGameMoves) {}
-    ~KeptGame() {
-        gamePosition = position;
-        droppedGameMoves = droppedMoves;
-    }
-    KeptGame(const KeptGame&) = delete;
-    KeptGame& operator=(const KeptGame&) = delete;
-
-  private:
-    Position position;
-    int droppedMoves;
-};
-
 }  // namespace valku
