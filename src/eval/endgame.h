@@ -106,10 +106,11 @@ template <Color Us>
 }
 
 // The end of every endgame evaluation. `pieces` are the knights, bishops, rooks and queens on the board.
-inline i32 applyEndgameRules(const EvalContext& context, i32 score, int pieces, i32 totalMaterial) {
-    score += searchPosition.sideToMove == White ? raceTerm<White>(context) : -raceTerm<Black>(context);
+inline i32 applyEndgameRules(const EvalContext& context, i32 score, int pieces) {
+    const Position& position = searchPosition;
+    score += position.sideToMove == White ? raceTerm<White>(context) : -raceTerm<Black>(context);
     score = scaleByMaterial(context, score, pieces);
-    if (totalMaterial > drawishMaterial) return score;
+    if (position.whiteMaterial + position.blackMaterial > drawishMaterial) return score;
     if (score > 0) return capByMaterial<White>(context, score);
     if (score < 0) return -capByMaterial<Black>(context, -score);
     return score;

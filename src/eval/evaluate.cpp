@@ -4,6 +4,7 @@
 #include "eval/endgame.h"
 #include "eval/eval_context.h"
 #include "eval/eval_tables.h"
+#include "eval/game_phase.h"
 #include "eval/king_safety.h"
 #include "eval/passed_pawns.h"
 #include "eval/pawn_table.h"
@@ -20,7 +21,6 @@ i32 mobilityBalance;
 
 namespace {
 
-constexpr i32 queenShare = 500;        // of endgameMaterial
 constexpr i32 castlingRightValue = 8;  // for each right that is left
 
 template <Color Us>
@@ -90,8 +90,6 @@ template <Color Us>
 i32 evaluate() {
     const Position& position = searchPosition;
     EvalContext context{.pawns = *probePawnTable()};
-    const i32 total = position.whiteMaterial + position.blackMaterial;
-    const int queens = position.whiteQueenCount + position.blackQueenCount;
 
     i32 score = position.whiteMaterial - position.blackMaterial;
     if (context.pawns.centralPawnsAtHome) {
@@ -102,13 +100,13 @@ i32 evaluate() {
     score += mobilityBalance;
     score += passedPawnTerms<White>(context) - passedPawnTerms<Black>(context);
 
-    if (total > endgameMaterial - queenShare * queens) {
+    if (isMiddlegame(position)) {
         score += middlegameTerms(context);
     } else {
         const int pieces =
             position.whiteMen + position.blackMen - position.whitePawnCount - position.blackPawnCount - 2;
         score += endgameTerms(context);
-        score = applyEndgameRules(context, score, pieces, total);
+        score = applyEndgameRules(context, score, pieces);
     }
 
     return score + context.threatened[Black].unanswered() - context.threatened[White].unanswered();

@@ -8,8 +8,8 @@
 
 namespace valku {
 
-// The whole board. With more material than this on it, less 500 for each queen, a position is a middlegame.
-inline i32 endgameMaterial = 5200;
+// The whole board
+inline i32 endgameMaterial = 5200;  // more than that is a middlegame; see isMiddlegame()
 inline i32 rightToMove = 8;
 inline i32 rookAgainstNoRook = 20;   // endgames without queens
 inline i32 twoKnightsMalus = 6;      // endgames

@@ -6,7 +6,7 @@
 #include "chess/move_generation.h"
 #include "chess/side.h"
 #include "chess/tables.h"
-#include "eval/weights.h"
+#include "eval/game_phase.h"
 #include "search/move_ordering.h"
 #include "search/node.h"
 #include "search/quiescence.h"
@@ -111,8 +111,7 @@ bool advancedPawnThreatens(int square) {
 
 bool pawnGuardForbidsNullMove() {
     const Position& p = searchPosition;
-    if (p.whiteMaterial + p.blackMaterial > endgameMaterial - 500 * (p.whiteQueenCount + p.blackQueenCount))
-        return false;
+    if (isMiddlegame(p)) return false;
     const int square = moveTo(p.state[-1].move);
     return p.sideToMove == White ? advancedPawnThreatens<White>(square)
                                  : advancedPawnThreatens<Black>(square);

@@ -12,6 +12,7 @@
 #include "chess/fen.h"
 #include "chess/move_generation.h"
 #include "chess/side.h"
+#include "eval/game_phase.h"
 #include "platform/file_replacement.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
@@ -56,12 +57,8 @@ constexpr Phase middleGame{{0, 3}};
 constexpr Phase ending{allRanks};
 static_assert(middleGame.columns() == 393 && ending.columns() == 425);
 
-bool isEnding(const Position& p) {
-    constexpr i32 mostMaterial = 5200;
-    constexpr i32 lessPerQueen = 500;
-    const i32 queens = p.whiteQueenCount + p.blackQueenCount;
-    return p.whiteMaterial + p.blackMaterial <= mostMaterial - lessPerQueen * queens;
-}
+// The matrices part at a material of their own, whatever the setting of the evaluation is.
+constexpr i32 endingMaterial = 5200;
 
 template <Color Us>
 bool isPassed(const Position& p, int pawn) {
@@ -311,7 +308,9 @@ class Conversion {
     }
 
   private:
-    MatrixFile& fittingFile() { return isEnding(searchPosition) ? endingFile : middleGameFile; }
+    MatrixFile& fittingFile() {
+        return isMiddlegame(searchPosition, endingMaterial) ? middleGameFile : endingFile;
+    }
 
     // The head of a matrix stands before its rows and tells their number. To go through the learn file once
     // more for it is cheaper than to copy the rows, which are more than ten times as long.

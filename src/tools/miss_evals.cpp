@@ -4,7 +4,7 @@
 
 #include "chess/fen.h"
 #include "chess/side.h"
-#include "eval/weights.h"
+#include "eval/game_phase.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/raw_io.h"
@@ -47,11 +47,6 @@ Balance balanceOf(const Position& p) {
             queenCountOf<Us>(p) - queenCountOf<Them>(p)};
 }
 
-bool isEndgame(const Position& p) {
-    return p.whiteMaterial + p.blackMaterial <=
-           endgameMaterial - 500 * (p.whiteQueenCount + p.blackQueenCount);
-}
-
 void countIn(u32 (&table)[signatureCount], i32 signature) {
     // Several extreme differences at once lead out of the table.
     if (signature >= 0 && signature < signatureCount) ++table[signature];
@@ -59,7 +54,7 @@ void countIn(u32 (&table)[signatureCount], i32 signature) {
 
 i32 signatureOf(const Position& p, const Balance& b) {
     const i32 men = (((b.queens * 5 + b.rooks) * 5 + b.bishops) * 5 + b.knights) * 17;
-    return men + evenSignature + b.pawns + (isEndgame(p) ? endgameSignatures : 0);
+    return men + evenSignature + b.pawns + (isMiddlegame(p) ? 0 : endgameSignatures);
 }
 
 // The result from the engine's side. False if the game has none.
