@@ -19,6 +19,8 @@
 #include "search/process_state.h"
 #include "search/search_state.h"
 #include "search/tablebase_port.h"
+#include "tablebases/registration.h"
+#include "tablebases/table_cache.h"
 #include "thinking/root_search.h"
 #include "thinking/thinking.h"
 #include "thinking/time_management.h"

@@ -36,6 +36,8 @@ struct Parameter {
     i32 standard = 0;  // the default of `target`, taken before anything is set
 };
 
+constexpr std::size_t longestPath = 255;  // of a file or a list of directories; a longer value is cut
+
 // Notes the defaults. Once, before settings and options are read.
 void initParameters();
 

@@ -11,8 +11,6 @@ int probeNothing(int, i32*, const Position&) {
 }  // namespace
 
 TablebaseProbe tablebaseProbe = probeNothing;
-std::string TBPath = "<empty>";
-i32 TBCacheSize = 33554432;
 i32 largestTbMen = 0;
 i32 TBdistance = 8;
 

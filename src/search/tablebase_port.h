@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "chess/position.h"
 
 // What the search knows of endgame tables. The tables themselves stand above the search and are handed in at
@@ -15,9 +13,6 @@ using TablebaseProbe = int (*)(int ply, i32* score, const Position& position);
 
 extern TablebaseProbe tablebaseProbe;
 
-constexpr std::size_t longestPath = 255;  // of TBPath and bookFile; a longer value is cut
-extern std::string TBPath;
-extern i32 TBCacheSize;
 extern i32 largestTbMen;  // men of the largest ending on hand, kings included; 0 without tables
 extern i32 TBdistance;    // plies of remaining depth from which on a node may probe
 

@@ -17,6 +17,7 @@
 
 namespace valku {
 
+std::string TBPath = "<empty>";
 i32 filesTried = 0;
 i32 filesOpened = 0;
 i32 compressedFiles = 0;

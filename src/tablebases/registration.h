@@ -9,6 +9,10 @@
 
 namespace valku {
 
+// The directories of the tables, which commas or semicolons part; set with settings.ini and the option
+// NalimovPath.
+extern std::string TBPath;
+
 // Of the last initTablebases.
 extern i32 filesTried;
 extern i32 filesOpened;

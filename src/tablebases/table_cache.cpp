@@ -14,6 +14,7 @@
 
 namespace valku {
 
+i32 TBCacheSize = 33554432;
 i32 cacheSlots = 0;
 
 namespace {

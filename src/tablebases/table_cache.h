@@ -10,7 +10,8 @@ namespace valku {
 // What readTableByte gives in place of a byte.
 constexpr i32 noTableByte = 32767;
 
-extern i32 cacheSlots;  // blocks that the cache holds; 0 until it is there
+extern i32 TBCacheSize;  // bytes that the user asks for; stored and shown, the cache always has the same size
+extern i32 cacheSlots;   // blocks that the cache holds; 0 until it is there
 
 // Makes the cache, or empties it. Without the memory there is a line on standard output and no cache.
 void initCache();

@@ -7,6 +7,7 @@
 #include "search/hash_table.h"
 #include "search/process_state.h"
 #include "search/tablebase_port.h"
+#include "tablebases/registration.h"
 #include "thinking/thinking.h"
 
 namespace valku {
