@@ -10,26 +10,21 @@ import re
 import sys
 from pathlib import Path
 
-# Every shared flag and number that a header of thinking/ declares.
+# Every shared flag that a header of thinking/ declares: those that both threads write go through search control.
+SEARCH_CONTROL = ["thinking/search_control.cpp"]
 ASSIGNED_IN = {
-    "readyForGo": ["thinking/search_control.cpp", "thinking/thinking.cpp"],
-    "thinkingActive": ["thinking/search_control.cpp", "thinking/thinking.cpp"],
-    "searchRunning": ["thinking/search_control.cpp"],
-    "stopAckWanted": ["thinking/search_control.cpp"],
-    "pondering": ["thinking/search_control.cpp", "protocol/client.cpp", "protocol/dispatcher.cpp",
-                  "protocol/game_commands.cpp", "protocol/received_moves.cpp", "protocol/uci.cpp"],
-    "analyzing": ["protocol/dispatcher.cpp", "protocol/game_commands.cpp"],
-    "abortThinking": ["thinking/search_control.cpp"],
-    "answerGiven": ["thinking/book_answer.cpp", "thinking/search_control.cpp", "thinking/thinking.cpp"],
-    "noAutoPonder": ["thinking/book_answer.cpp", "thinking/search_control.cpp"],
-    "timeUsedUp": ["thinking/book_answer.cpp", "thinking/thinking.cpp", "protocol/game_commands.cpp"],
-    "minimalSearchPending": ["thinking/book_answer.cpp", "thinking/search_control.cpp", "thinking/thinking.cpp"],
-    "timeControlled": ["protocol/dispatcher.cpp", "protocol/game_commands.cpp", "protocol/uci.cpp",
-                       "tools/benchmark.cpp"],
     "easyMode": ["protocol/dispatcher.cpp", "protocol/uci.cpp", "tools/benchmark.cpp"],
-    "fritzMode": ["protocol/dispatcher.cpp"],
-    "firstSearchOfGame": ["thinking/thinking.cpp", "protocol/dispatcher.cpp"],
-    "maxDepth": ["protocol/dispatcher.cpp", "protocol/game_commands.cpp", "protocol/uci.cpp", "tools/benchmark.cpp"],
+    "readyForGo": SEARCH_CONTROL,
+    "thinkingActive": SEARCH_CONTROL,
+    "searchRunning": SEARCH_CONTROL,
+    "stopAckWanted": SEARCH_CONTROL,
+    "pondering": SEARCH_CONTROL,
+    "abortThinking": SEARCH_CONTROL,
+    "answerGiven": SEARCH_CONTROL,
+    "noAutoPonder": SEARCH_CONTROL,
+    "timeUsedUp": SEARCH_CONTROL,
+    "minimalSearchPending": SEARCH_CONTROL,
+    "firstSearchOfGame": SEARCH_CONTROL,
 }
 
 C_HEADERS = {"assert.h", "errno.h", "float.h", "limits.h", "math.h", "stddef.h", "stdint.h", "stdio.h",
