@@ -10,9 +10,7 @@
 #include "book/opening_book.h"
 #include "chess/types.h"
 #include "platform/file_replacement.h"
-#include "platform/format_text.h"
 #include "platform/text_sink.h"
-#include "search/process_state.h"
 
 namespace valku {
 
@@ -152,20 +150,17 @@ class BookWriter {
 
 }  // namespace
 
-void loadBook() {
+bool loadBook() {
     BookBytes bytes(bookFile);
     if (!bytes.isOpen()) {
         sendText("No opening book found...\n");
-        return;
+        return false;
     }
     constexpr std::size_t leastPosition = 9;       // its key, a move and the mark
     constexpr std::size_t mostExpected = 1 << 24;  // a file of any length need not be a book
     expectBookPositions(std::min(bytes.length() / leastPosition, mostExpected));
     readBook(bytes);
-    if (protocolMode == protocolConsole) {
-        sendText(
-            formatText("Book contains %i positions with %i moves.\n", bookSize.positions, bookSize.moves));
-    }
+    return true;
 }
 
 void saveBook(const std::string& path) {

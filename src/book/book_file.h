@@ -9,8 +9,8 @@
 namespace valku {
 
 // Adds the file named by bookFile to the book in memory. A damaged file is told and what could be read is
-// kept. Only the process that is asked for moves needs a book.
-void loadBook();
+// kept. Only the process that is asked for moves needs a book. False if there is no such file, which is told.
+bool loadBook();
 
 // A failure leaves the old file whole.
 void saveBook(const std::string& path);

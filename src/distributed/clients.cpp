@@ -10,6 +10,7 @@
 #include "distributed/client_settings.h"
 #include "distributed/local_client.h"
 #include "distributed/process_lists.h"
+#include "distributed/process_role.h"
 #include "distributed/remote_client.h"
 #include "distributed/root_search_process.h"
 #include "distributed/standard_search_process.h"
@@ -18,7 +19,6 @@
 #include "platform/process.h"
 #include "platform/text_sink.h"
 #include "search/hash_table.h"
-#include "search/process_state.h"
 
 namespace valku {
 
@@ -149,7 +149,7 @@ void makeRoomForSearch() {
 
 void reportRefusal(const std::string& text) {
     if (processRole == roleRoot) {
-        sendText((protocolMode == protocolUci ? "info string " : "") + text + "\n");
+        sendInformation(text);
     } else {
         textSink->status(text + "\n");
     }

@@ -5,9 +5,9 @@
 
 #include "distributed/caller_rule.h"
 #include "distributed/diagnostics.h"
+#include "distributed/process_role.h"
 #include "platform/clock.h"
 #include "platform/text_sink.h"
-#include "search/process_state.h"
 
 namespace valku {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace valku {
@@ -25,6 +26,16 @@ inline TextSink* textSink = nullptr;
 
 inline void sendText(std::string_view text) {
     textSink->send(text);
+}
+
+// What marks a line for the user, so that an interface does not take it for an answer. Written by the thread
+// that reads the commands, whenever the protocol is settled; read by that thread.
+inline std::string_view informationPrefix;
+
+// Sends one line for the user of a root process; `text` comes without its end. On the thread that reads the
+// commands.
+inline void sendInformation(std::string_view text) {
+    sendText(std::string(informationPrefix).append(text).append("\n"));
 }
 
 }  // namespace valku

@@ -7,8 +7,8 @@
 #include "platform/text_sink.h"
 #include "protocol/board_output.h"
 #include "protocol/game_snapshot.h"
+#include "protocol/protocol_mode.h"
 #include "protocol/search_output.h"
-#include "search/process_state.h"
 #include "thinking/search_control.h"
 
 namespace valku {

@@ -2,7 +2,7 @@
 
 #include "chess/game_end.h"
 #include "platform/text_sink.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 
 namespace valku {
 

@@ -1,7 +1,7 @@
 #include "protocol/game_state.h"
 
 #include "chess/position.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 #include "thinking/search_control.h"
 
 namespace valku {

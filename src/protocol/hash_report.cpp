@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "distributed/process_role.h"
 #include "platform/format_text.h"
 #include "platform/text_sink.h"
 #include "search/hash_table.h"
-#include "search/process_state.h"
 
 namespace valku {
 

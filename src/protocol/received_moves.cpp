@@ -11,7 +11,7 @@
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/game_state.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
 

@@ -9,8 +9,8 @@
 #include "protocol/board_output.h"
 #include "protocol/game_result.h"
 #include "protocol/game_snapshot.h"
+#include "protocol/protocol_mode.h"
 #include "search/hash_table.h"
-#include "search/process_state.h"
 #include "thinking/main_line.h"
 
 namespace valku {

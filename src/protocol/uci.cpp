@@ -6,13 +6,14 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/move_text.h"
+#include "distributed/process_role.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/engine_name.h"
 #include "protocol/game_snapshot.h"
 #include "protocol/game_state.h"
 #include "protocol/parameters.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
 
@@ -36,7 +37,7 @@ i32 numberBehind(std::string_view text, std::string_view word) {
 }  // namespace
 
 void sendUciIdentification() {
-    protocolMode = protocolUci;
+    settleProtocol(protocolUci);
     easyMode = true;
     std::string text("id name ");
     text.append(engineName).append("\nid author ").append(engineAuthor).append("\n");

@@ -4,12 +4,12 @@
 
 #include "platform/text_sink.h"
 #include "protocol/engine_name.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 
 namespace valku {
 
 void sendXboardFeatures() {
-    protocolMode = protocolXboard;
+    settleProtocol(protocolXboard);
     sendText("feature myname=\"" + std::string(engineName) +
              "\" sigint=0\nfeature variants=\"normal,fischerandom\"\n");
 }

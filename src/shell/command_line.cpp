@@ -2,9 +2,10 @@
 
 #include <string_view>
 
+#include "distributed/process_role.h"
 #include "platform/text_scan.h"
+#include "protocol/protocol_mode.h"
 #include "search/hash_table.h"
-#include "search/process_state.h"
 
 namespace valku {
 
@@ -13,7 +14,7 @@ namespace {
 // Which argument of a role word holds what; 0 where it has no such argument.
 struct RoleForm {
     std::string_view word;
-    int role;
+    ProcessRole role;
     int port;
     int tableId;
     int buckets;
@@ -51,7 +52,7 @@ void applyCommandLine(const CommandLine& commandLine) {
     programPath = commandLine.programPath;
     processRole = commandLine.role;
     rolePort = commandLine.port;
-    if (commandLine.fixesProtocol) protocolMode = protocolUci;
+    if (commandLine.fixesProtocol) settleProtocol(protocolUci);
     if (!commandLine.shareHash) return;
     sharedTableId = commandLine.tableId;
     setHashBuckets(commandLine.buckets);

@@ -3,13 +3,14 @@
 #include <string>
 
 #include "chess/types.h"
+#include "distributed/process_role.h"
 
 namespace valku {
 
 // What the arguments of the command line say.
 struct CommandLine {
     std::string programPath;
-    int role;
+    ProcessRole role;
     bool fixesProtocol = false;  // any argument at all: UCI, without identification
     bool shareHash = false;      // the table of `tableId` is to be opened rather than created
     i32 tableId = -1;

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <mutex>
 
+#include "distributed/process_role.h"
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
 #include "protocol/dispatcher.h"
 #include "protocol/engine_services.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 #include "thinking/search_control.h"
 
 namespace valku {

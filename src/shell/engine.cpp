@@ -6,15 +6,18 @@
 #include "book/book_choice.h"
 #include "book/book_file.h"
 #include "book/book_settings.h"
+#include "book/opening_book.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
 #include "distributed/clients.h"
 #include "distributed/peer_socket.h"
 #include "distributed/process_lists.h"
+#include "distributed/process_role.h"
 #include "distributed/root_search_process.h"
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
 #include "platform/shared_value.h"
@@ -28,12 +31,12 @@
 #include "protocol/game_snapshot.h"
 #include "protocol/hash_report.h"
 #include "protocol/parameters.h"
+#include "protocol/protocol_mode.h"
 #include "protocol/search_output.h"
 #include "protocol/uci.h"
 #include "protocol/xboard.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/process_state.h"
 #include "search/split_port.h"
 #include "search/tablebase_port.h"
 #include "shell/console_communicator.h"
@@ -183,7 +186,7 @@ void detectProtocol() {
         } else if (word == "xboard") {
             sendXboardFeatures();
         } else if (word == "console" || word == "console_log") {
-            protocolMode = protocolConsole;
+            settleProtocol(protocolConsole);
         } else {
             sleepMilliseconds(1);
         }
@@ -215,8 +218,13 @@ void createRootProcess(bool shareHash) {
 
 void reportTablebases() {
     if (processRole != roleRoot) return;
-    sendText(std::string(protocolMode == protocolUci ? "info string " : "") + "TBPath is " + TBPath +
-             ", including " + std::to_string(largestTbMen) + "-men TBs.\n");
+    sendInformation("TBPath is " + TBPath + ", including " + std::to_string(largestTbMen) + "-men TBs.");
+}
+
+// Only a root process is asked for a move of the book.
+void readBookFile() {
+    if (processRole != roleRoot || !loadBook() || protocolMode != protocolConsole) return;
+    sendText(formatText("Book contains %i positions with %i moves.\n", bookSize.positions, bookSize.moves));
 }
 
 void greet() {
@@ -261,7 +269,7 @@ void engineMain(const CommandLine& commandLine) {
     createRootProcess(commandLine.shareHash);
     createLocalClients();
     createRemoteClients();
-    if (processRole == roleRoot) loadBook();  // the others are never asked for a move of it
+    readBookFile();
     resetGame();
     tbStartUp(TBPath);
     reportTablebases();

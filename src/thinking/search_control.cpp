@@ -3,10 +3,10 @@
 #include <mutex>
 
 #include "chess/game.h"
+#include "distributed/process_role.h"
 #include "platform/clock.h"
 #include "platform/mutex.h"
 #include "platform/shut_down.h"
-#include "search/process_state.h"
 #include "search/stop_word.h"
 #include "thinking/search_flags.h"
 

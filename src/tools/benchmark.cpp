@@ -13,7 +13,7 @@
 #include "protocol/engine_services.h"
 #include "protocol/game_commands.h"
 #include "protocol/game_state.h"
-#include "search/process_state.h"
+#include "protocol/protocol_mode.h"
 #include "thinking/main_line.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"

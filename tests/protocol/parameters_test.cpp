@@ -1,11 +1,11 @@
 #include "protocol/parameters.h"
+#include "distributed/process_role.h"
 
 #include <gtest/gtest.h>
 
 #include "book/book_settings.h"
 #include "distributed/client_settings.h"
 #include "search/hash_table.h"
-#include "search/process_state.h"
 #include "search/tablebase_port.h"
 #include "tablebases/registration.h"
 #include "thinking/thinking.h"
