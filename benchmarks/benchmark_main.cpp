@@ -14,9 +14,9 @@
 #include "eval/eval_tables.h"
 #include "platform/text_sink.h"
 #include "protocol/parameters.h"
+#include "protocol/protocol_mode.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/process_state.h"
 #include "search/split_port.h"
 #include "thinking/search_observer.h"
 
@@ -36,7 +36,7 @@ SearchObserver observer;
 
 void startEngine() {
     textSink = &sink;
-    protocolMode = protocolUci;
+    settleProtocol(protocolUci);
     initChessTables();
     initEvalTables();
     linkHistoryTables();

@@ -13,7 +13,7 @@ from pathlib import Path
 # Every shared flag that a header of thinking/ declares: those that both threads write go through search control.
 SEARCH_CONTROL = ["thinking/search_control.cpp"]
 ASSIGNED_IN = {
-    "easyMode": ["protocol/dispatcher.cpp", "protocol/uci.cpp", "tools/benchmark.cpp"],
+    "easyMode": ["protocol/uci.cpp", "protocol/xboard.cpp", "tools/benchmark.cpp"],
     "readyForGo": SEARCH_CONTROL,
     "thinkingActive": SEARCH_CONTROL,
     "searchRunning": SEARCH_CONTROL,

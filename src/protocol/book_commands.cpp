@@ -7,10 +7,9 @@
 #include "book/book_import.h"
 #include "book/book_report.h"
 #include "platform/text_sink.h"
-#include "protocol/board_output.h"
+#include "protocol/console.h"
 #include "protocol/engine_services.h"
-#include "protocol/game_commands.h"
-#include "protocol/game_snapshot.h"
+#include "protocol/game.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
 

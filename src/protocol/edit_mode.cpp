@@ -5,10 +5,10 @@
 #include "chess/edited_board.h"
 #include "chess/fen.h"
 #include "platform/text_sink.h"
-#include "protocol/board_output.h"
-#include "protocol/game_snapshot.h"
+#include "protocol/console.h"
+#include "protocol/game.h"
 #include "protocol/protocol_mode.h"
-#include "protocol/search_output.h"
+#include "protocol/xboard.h"
 #include "thinking/search_control.h"
 
 namespace valku {

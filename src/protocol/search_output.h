@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "platform/shared_value.h"
 #include "thinking/search_observer.h"
 
 namespace valku {
@@ -24,49 +23,13 @@ class SearchOutput : public SearchObserver {
     virtual void announceBookValue(char) {}
 };
 
-class UciOutput final : public SearchOutput {
-  public:
-    void clockRead(i32 moves, double remaining, double increment) override;
-    void timeScheduled(double scheduledSeconds, double maxSeconds) override;
-    void rootMoveBegun(i32 depth, Move move, i32 number, const StateRecord& before) override;
-    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
-    void failedLow(i32 depth, i32 score, const Line& line) override;
-    void timeRanOut() override;
-    void moveChosen(Move move) override;
+// The moves of a line in the notation of the console, separated by blanks.
+std::string lineText(const Line& line);
 
-  private:
-    void sendMove() override;
-    std::string chosenMove;
-};
+// Milliseconds since the search began; the reports count no finer.
+u64 elapsedMilliseconds();
 
-class XboardOutput final : public SearchOutput {
-  public:
-    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
-    void moveChosen(Move move) override;
-
-  private:
-    void sendMove() override;
-    void announceMove() override;
-    void announceBookValue(char value) override;
-    Move chosenMove = 0;
-};
-
-class ConsoleOutput final : public SearchOutput {
-  public:
-    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override;
-    void failedHigh(i32 depth, i32 score) override;
-    void failedLow(i32 depth, i32 score, const Line& line) override;
-    void moveChosen(Move move) override;
-
-  private:
-    void sendMove() override;
-    void announceBookValue(char value) override;
-    Move chosenMove = 0;
-};
-
-// The one that speaks the protocol of this process.
-SearchObserver* searchOutput();
-
-extern SharedFlag computerOpponent;  // XBoard: kibitz instead of whisper
+// Hits and probes of the endgame tables, as in 3/7.
+std::string tablebaseRate();
 
 }  // namespace valku

@@ -7,7 +7,7 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
-#include "protocol/dispatcher.h"
+#include "protocol/commands.h"
 #include "protocol/engine_services.h"
 #include "protocol/protocol_mode.h"
 #include "thinking/search_control.h"

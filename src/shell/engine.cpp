@@ -22,17 +22,15 @@
 #include "platform/raw_io.h"
 #include "platform/shared_value.h"
 #include "platform/signals.h"
-#include "protocol/board_output.h"
 #include "protocol/client.h"
-#include "protocol/dispatcher.h"
+#include "protocol/commands.h"
+#include "protocol/console.h"
 #include "protocol/engine_name.h"
 #include "protocol/engine_services.h"
-#include "protocol/game_commands.h"
-#include "protocol/game_snapshot.h"
+#include "protocol/game.h"
 #include "protocol/hash_report.h"
 #include "protocol/parameters.h"
 #include "protocol/protocol_mode.h"
-#include "protocol/search_output.h"
 #include "protocol/uci.h"
 #include "protocol/xboard.h"
 #include "search/hash_table.h"
@@ -193,6 +191,16 @@ void detectProtocol() {
     }
 }
 
+// Tells the searches in the words of the protocol.
+SearchObserver* observerOf(ProtocolMode mode) {
+    static UciOutput uci;
+    static XboardOutput xboard;
+    static ConsoleOutput console;
+    if (mode == protocolUci) return &uci;
+    if (mode == protocolXboard) return &xboard;
+    return &console;
+}
+
 void connectPorts() {
     shredderFen = protocolMode == protocolUci;
     ponderingTakenBack = [] {
@@ -201,7 +209,7 @@ void connectPorts() {
     };
     useToolCommands(toolCommands());
     tablebaseProbe = probeTablebases;
-    searchObserver = searchOutput();
+    searchObserver = observerOf(protocolMode);
     splitSearchPort = splitSearch;
 }
 

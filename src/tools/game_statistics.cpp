@@ -7,7 +7,7 @@
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/text_sink.h"
-#include "protocol/game_commands.h"
+#include "protocol/game.h"
 #include "thinking/search_control.h"
 #include "tools/engine_games.h"
 

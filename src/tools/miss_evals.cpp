@@ -9,8 +9,9 @@
 #include "platform/long_command.h"
 #include "platform/raw_io.h"
 #include "platform/text_sink.h"
+#include "protocol/console.h"
 #include "protocol/engine_services.h"
-#include "protocol/game_commands.h"
+#include "protocol/game.h"
 #include "thinking/search_control.h"
 #include "tools/engine_games.h"
 

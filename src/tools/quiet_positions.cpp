@@ -9,7 +9,7 @@
 #include "platform/file_replacement.h"
 #include "platform/long_command.h"
 #include "platform/text_sink.h"
-#include "protocol/game_commands.h"
+#include "protocol/game.h"
 #include "thinking/search_control.h"
 #include "tools/position_values.h"
 

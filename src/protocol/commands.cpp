@@ -1,4 +1,4 @@
-#include "protocol/dispatcher.h"
+#include "protocol/commands.h"
 
 #include <algorithm>
 #include <atomic>
@@ -15,15 +15,15 @@
 #include "platform/text_sink.h"
 #include "protocol/book_commands.h"
 #include "protocol/client.h"
+#include "protocol/console.h"
 #include "protocol/edit_mode.h"
 #include "protocol/engine_services.h"
-#include "protocol/game_commands.h"
-#include "protocol/game_state.h"
+#include "protocol/game.h"
 #include "protocol/parameters.h"
 #include "protocol/protocol_mode.h"
 #include "protocol/received_moves.h"
-#include "protocol/search_output.h"
 #include "protocol/uci.h"
+#include "protocol/xboard.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
 
@@ -36,93 +36,11 @@ std::string_view argumentsOf(std::string_view rest) {
     return rest.substr(rest.empty() ? 0 : 1);
 }
 
-// The number at the start of `text`, which then goes on after its next blank.
-i32 takeArgument(std::string_view& text) {
-    const i32 number = readNumber(text);
-    takeField(text);
-    return number;
-}
-
-void setClock(std::string_view rest) {
-    nextSearch.levelClock.remainingCentiseconds = readNumber(argumentsOf(rest));
-    nextSearch.timeControlled = true;
-    limitsChanged();
-}
-
-void setDepth(std::string_view rest) {
-    nextSearch.maxDepth = readNumber(argumentsOf(rest));
-    nextSearch.timeControlled = false;
-    limitsChanged();
-}
-
-// Moves, base time and increment; the base time in minutes or in minutes and seconds, as in 0:30.
-void setLevel(std::string_view rest) {
-    std::string_view numbers = argumentsOf(rest);
-    constexpr i32 mostMinutes = 100000;
-    LevelClock& clock = nextSearch.levelClock;
-    clock.levelMoves = takeArgument(numbers);
-    const std::string_view base = numbers.substr(0, numbers.find(' '));
-    const std::size_t colon = base.find(':');
-    const i32 seconds = colon == std::string_view::npos ? 0 : readNumber(base.substr(colon + 1));
-    clock.levelMinutes = std::clamp(takeArgument(numbers), -mostMinutes, mostMinutes);
-    clock.levelSeconds = std::clamp(seconds, 0, 60 * mostMinutes);
-    clock.levelIncrement = takeArgument(numbers);
-    clock.remainingCentiseconds = clock.levelMinutes * 6000 + clock.levelSeconds * 100;
-    nextSearch.timeControlled = true;
-    limitsChanged();
-}
-
-// An interface knows what it sends; a person is told.
-void fen(std::string_view rest) {
-    if (!isSettled() || setFen(argumentsOf(rest)) || protocolMode != protocolConsole) return;
-    sendText("Error: this is no legal position; the old one stays\n");
-}
-
-bool fritzMode = false;  // "hard" has no effect
-
-void hard(std::string_view) {
-    if (!fritzMode) easyMode = false;
-}
-
-void ponderMove(std::string_view move) {
-    stopThinking();
-    engineSide = gamePosition.sideToMove == White ? engineBlack : engineWhite;
-    nextSearch.analyzing = false;
-    if (isMoveText(move)) receiveMove(move, true);
-}
-
 void createRemoteClient(std::string_view rest) {
     std::string_view text = argumentsOf(rest);
     const std::string host(takeField(text));
     const i32 port = readNumber(text);
     if (port > 0) addRemoteClient(host, static_cast<u16>(port));
-}
-
-void setOptionCommand(std::string_view rest) {
-    const std::string_view text = argumentsOf(rest);
-    const std::size_t at = text.find("value");
-    std::string_view name = text;
-    std::string_view value;
-    if (at != std::string_view::npos) {
-        const std::size_t behind = at + 6;
-        name = text.substr(0, at > 0 ? at - 1 : 0);
-        if (behind < text.size()) value = text.substr(behind);
-    }
-    if (needsIdleEngine(name)) finishThinking();
-    setOption(name, value);
-}
-
-void setPositionCommand(std::string_view rest) {
-    const std::string_view text = argumentsOf(rest);
-    const std::size_t at = text.find("moves");
-    finishThinking();
-    if (at == std::string_view::npos) {
-        setPosition(text, {});
-        return;
-    }
-    std::string_view moves = text.substr(at + 5);
-    if (!moves.empty()) moves.remove_prefix(1);
-    setPosition(text.substr(0, at > 0 ? at - 1 : 0), moves);
 }
 
 // clang-format off
@@ -131,7 +49,7 @@ constexpr Command commands[] = {
     {"undo", Match::whole, [](std::string_view) { undo(); }},
     {"remove", Match::whole, [](std::string_view) { undoTwice(); }},
     {"edit", Match::whole, [](std::string_view) { beginEdit(); }},
-    {"fen", Match::prefix, fen},
+    {"fen", Match::prefix, [](std::string_view rest) { fenCommand(argumentsOf(rest)); }},
     {"importbook", Match::prefix, [](std::string_view rest) { importText(argumentsOf(rest)); }},
     {"pgn2book", Match::prefix, [](std::string_view rest) { importPgn(argumentsOf(rest)); }},
     {"writebook", Match::prefix, [](std::string_view rest) { writeBook(argumentsOf(rest)); }},
@@ -150,16 +68,16 @@ constexpr Command commands[] = {
     {"client_hash", Match::prefix, [](std::string_view rest) { receiveKey(argumentsOf(rest)); }, caller},
     {"client_history", Match::prefix, [](std::string_view rest) { receiveHistory(argumentsOf(rest)); }, caller},
     {"client_stop", Match::prefix, [](std::string_view) { stopJob(); }, caller},
-    {"time", Match::prefix, setClock},
-    {"sd", Match::prefix, setDepth},
-    {"level", Match::prefix, setLevel},
-    {"fritz", Match::whole, [](std::string_view) { fritzMode = !fritzMode; }},
-    {"easy", Match::whole, [](std::string_view) { easyMode = true; }},
-    {"hard", Match::whole, hard},
+    {"time", Match::prefix, [](std::string_view rest) { setClock(argumentsOf(rest)); }},
+    {"sd", Match::prefix, [](std::string_view rest) { setDepth(argumentsOf(rest)); }},
+    {"level", Match::prefix, [](std::string_view rest) { setLevel(argumentsOf(rest)); }},
+    {"fritz", Match::whole, [](std::string_view) { fritz(); }},
+    {"easy", Match::whole, [](std::string_view) { easy(); }},
+    {"hard", Match::whole, [](std::string_view) { hard(); }},
     {"quit", Match::whole, [](std::string_view) { engineServices->quit(); }, caller | userWhileEditing},
     {"new", Match::whole, [](std::string_view) { newGame(); }},
     {"go", Match::prefix, [](std::string_view rest) { goCommand(argumentsOf(rest)); }},
-    {"computer", Match::whole, [](std::string_view) { computerOpponent = !computerOpponent; }},
+    {"computer", Match::whole, [](std::string_view) { computer(); }},
     {"ponder ", Match::prefix, ponderMove},
     {"analyze", Match::whole, [](std::string_view) { analyze(); }},
     {"exit", Match::whole, [](std::string_view) { exitAnalysis(); }},
@@ -175,8 +93,8 @@ std::span<const Command> toolCommands;
 // After the moves of an XBoard interface, so that no word can be taken for one.
 constexpr Command uciCommands[] = {
     {"isready", Match::whole, [](std::string_view) { isReady(); }, caller},
-    {"setoption name", Match::prefix, setOptionCommand},
-    {"position", Match::prefix, setPositionCommand},
+    {"setoption name", Match::prefix, [](std::string_view rest) { setOptionCommand(argumentsOf(rest)); }},
+    {"position", Match::prefix, [](std::string_view rest) { positionCommand(argumentsOf(rest)); }},
     {"ponderhit", Match::whole, [](std::string_view) { ponderHit(); }},
     {"stop", Match::whole, [](std::string_view) { stopSearch(); }},
     {"ucinewgame", Match::whole, [](std::string_view) { beginNewGame(); }},

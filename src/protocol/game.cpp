@@ -1,18 +1,11 @@
-#include "protocol/game_commands.h"
+#include "protocol/game.h"
 
 #include "chess/fen.h"
 #include "chess/game.h"
-#include "eval/evaluate.h"
-#include "platform/format_text.h"
-#include "platform/text_sink.h"
-#include "protocol/board_output.h"
-#include "protocol/game_snapshot.h"
-#include "protocol/game_state.h"
+#include "protocol/console.h"
 #include "protocol/protocol_mode.h"
-#include "protocol/search_output.h"
 #include "protocol/uci.h"
-#include "search/search_interrupt.h"
-#include "search/search_job.h"
+#include "protocol/xboard.h"
 #include "thinking/search_control.h"
 
 namespace valku {
@@ -28,7 +21,26 @@ void takeBack(int moves) {
     printBoard();
 }
 
+SearchRequest requestFor(bool ponderSearch) {
+    SearchRequest request = nextSearch;
+    request.gameKeeper = protocolMode == protocolUci ? GameKeeper::interface : GameKeeper::engine;
+    request.pondering = ponderSearch;
+    return request;
+}
+
 }  // namespace
+
+void startSearch(bool asPonderSearch) {
+    requestSearch(requestFor(asPonderSearch));
+}
+
+void limitsChanged() {
+    renewLimits(requestFor(false));
+}
+
+void takeSideToMove() {
+    engineSide = gamePosition.sideToMove == White ? engineWhite : engineBlack;
+}
 
 void resetGame() {
     chess960 = false;
@@ -61,32 +73,17 @@ void undoTwice() {
     takeBack(2);
 }
 
+void snapshotKings() {
+    gameSnapshot.whiteKing = gamePosition.whiteKing;
+    gameSnapshot.blackKing = gamePosition.blackKing;
+    gameSnapshot.sideToMove = gamePosition.sideToMove;
+}
+
 bool setFen(std::string_view fen) {
     if (!readFen(fen)) return false;
     snapshotKings();
     printBoard();
     return true;
-}
-
-void mirror() {
-    if (!isSettled()) return;
-    mirrorPosition();
-    snapshotKings();
-    printBoard();
-}
-
-// Of the position that a running search began with, if there is one: it goes on meanwhile.
-void showEvaluation() {
-    i32 value = 0;
-    const auto evaluateGame = [&value] {
-        searchPosition = copyGame();
-        computeRootMobility();
-        value = evaluate();
-    };
-    bool done = false;
-    while (!done && !isSettled()) done = doBetweenNodes(evaluateGame, isAnswerOpen);
-    if (!done) evaluateGame();
-    sendText(formatText("info string eval is: %i\n", value));
 }
 
 void analyze() {
