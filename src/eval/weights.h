@@ -38,11 +38,6 @@ inline i32 pawnStormValue1 = 7;   // kings on the same wing
 inline i32 pawnStormValue2 = 12;  // kings on opposite wings, or the pawn chain points at the king
 inline i32 kingSafety = 100;      // percentage of the attack table; see updateKingAttackTable()
 
-// Kept for the settings file; no term uses them.
-inline i32 rookOnHalfOpenLine = 10;
-inline i32 noShortCastling = 18;
-inline i32 noLongCastling = 12;
-
 // Derived from the values of the men.
 extern i32 minorValue;       // the dearer minor piece
 extern i32 drawishMaterial;  // with more than this on the board no material draw is looked for

@@ -141,10 +141,6 @@ void applyTimeUsage(Parameter& parameter, std::string_view value) {
     reportSettings();
 }
 
-void applyNumber(Parameter& parameter, std::string_view value) {
-    *parameter.target = readNumber(value);
-}
-
 void applyTBDistance(Parameter&, std::string_view value) {
     if (largestTbMen != 0) return;
     TBdistance = readNumber(value);

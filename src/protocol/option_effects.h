@@ -14,7 +14,6 @@ void applyWeight(Parameter& parameter, std::string_view value);      // percent 
 void applyPieceValue(Parameter& parameter, std::string_view value);  // percent of the default
 void applyKingSafety(Parameter& parameter, std::string_view value);
 void applyTimeUsage(Parameter& parameter, std::string_view value);
-void applyNumber(Parameter& parameter, std::string_view value);
 void applyTBDistance(Parameter& parameter, std::string_view value);
 void applyNalimovPath(Parameter& parameter, std::string_view value);
 void applyNalimovCache(Parameter& parameter, std::string_view value);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,12 +28,7 @@
 
 namespace valku {
 
-StoredSettings storedSettings;
-
 namespace {
-
-// Nothing sensible lies beyond this, and sums of as many weights as a board can hold stay far inside 32 bits.
-constexpr i32 largestSetting = 100000;
 
 void storeHashBuckets(std::string_view value) {
     const i64 buckets = readLongNumber(value);
@@ -45,31 +41,21 @@ void storePawnTableSize(std::string_view value) {
     if (entries != 0) nPawnTables = floorPowerOfTwo(entries);
 }
 
-void storeMinNodes(std::string_view value) {
-    storedSettings.minNodesRemoteSearch = readLongNumber(value);
-}
 void storeLogging(std::string_view value) {
     engineServices->setLogging(readNumber(value) != 0);
 }
 
-void cutPath(std::string_view value, std::string& path) {
-    value = value.substr(0, value.find_last_not_of("\r\n") + 1);
-    path = value.substr(0, longestPath);
+std::string_view withoutLineEnd(std::string_view value) {
+    return value.substr(0, value.find_last_not_of("\r\n") + 1);
 }
 
-void storeTBPath(std::string_view value) {
-    cutPath(value, TBPath);
-}
-void storeBookFile(std::string_view value) {
-    cutPath(value, bookFile);
-}
-
-void storeListenAddress(std::string_view value) {
-    cutPath(value, listenAddress);
+template <std::string& path>
+void storePath(std::string_view value) {
+    path = withoutLineEnd(value).substr(0, longestPath);
 }
 
 void storeAcceptFrom(std::string_view value) {
-    acceptFrom(value.substr(0, value.find_last_not_of("\r\n") + 1));
+    acceptFrom(withoutLineEnd(value));
 }
 
 void storePeer(std::string_view value) {
@@ -78,140 +64,230 @@ void storePeer(std::string_view value) {
     if (port > 0 && port <= std::numeric_limits<u16>::max()) addRemotePeer(host, static_cast<u16>(port));
 }
 
-constexpr std::string_view percent = "type spin default 100 min 25 max 400";
-constexpr SettingCheck any = SettingCheck::any;
-constexpr SettingCheck nonNegative = SettingCheck::nonNegative;
+constexpr i32 anyLeast = std::numeric_limits<i32>::min();
+constexpr i32 anyMost = std::numeric_limits<i32>::max();
 
-// A key whose number goes straight to its variable; keys and options that share a variable; and what has no
-// variable.
-constexpr Parameter number(std::string_view key, SettingCheck check, i32* target) {
-    return {key, check, target, nullptr, {}, 0, {}, nullptr};
+constexpr Parameter number(std::string_view key, i32* target, std::string_view meaning, Option option = {}) {
+    return {{.key = key, .meaning = meaning}, option, target};
 }
 
-constexpr Parameter shared(std::string_view key, SettingCheck check, i32* target, std::string_view option,
-                           int place, std::string_view declaration,
-                           void (*apply)(Parameter&, std::string_view)) {
-    return {key, check, target, nullptr, option, place, declaration, apply};
+constexpr Parameter withRange(i32 least, i32 most, Parameter parameter) {
+    parameter.setting.least = least;
+    parameter.setting.most = most;
+    return parameter;
 }
 
-constexpr Parameter stored(std::string_view key, SettingCheck check, void (*store)(std::string_view),
-                           std::string_view option = {}, int place = 0, std::string_view declaration = {},
-                           void (*apply)(Parameter&, std::string_view) = nullptr) {
-    return {key, check, nullptr, store, option, place, declaration, apply};
+constexpr Parameter smallerMeansLeast(Parameter parameter) {
+    parameter.setting.smallerMeansLeast = true;
+    return parameter;
 }
 
-constexpr Parameter optionOnly(std::string_view option, int place, std::string_view declaration,
-                               void (*apply)(Parameter&, std::string_view), i32* target = nullptr) {
-    return {{}, any, target, nullptr, option, place, declaration, apply};
+// A key with a function of its own; `values` tells what it takes, `current` what it is set to.
+constexpr Parameter special(std::string_view key, std::string_view values, void (*store)(std::string_view),
+                            std::string (*current)(), std::string_view meaning, Option option = {}) {
+    return {{.key = key, .meaning = meaning, .values = values, .store = store, .current = current}, option};
+}
+
+template <std::string& text>
+std::string textOf() {
+    return text;
+}
+
+template <u64& size>
+std::string sizeOf() {
+    return std::to_string(size);
+}
+
+std::string nothing() {
+    return {};
+}
+
+// A key that old settings files hold. It is recognized, and nothing is done with its value.
+constexpr Parameter unused(std::string_view key, i32 standard, Option option = {}) {
+    return {{.key = key, .meaning = "no effect", .values = "number", .store = [](std::string_view) {}},
+            option,
+            nullptr,
+            standard};
+}
+
+constexpr Parameter optionOnly(Option option, i32* target = nullptr) {
+    return {{}, option, target};
+}
+
+using OptionEffect = void (*)(Parameter&, std::string_view);
+
+constexpr Option spin(std::string_view name, int place, i32 standard, i32 least, i32 most, OptionEffect apply,
+                      std::string_view meaning) {
+    return {.name = name,
+            .place = place,
+            .type = OptionType::spin,
+            .standard = standard,
+            .least = least,
+            .most = most,
+            .apply = apply,
+            .meaning = meaning};
+}
+
+constexpr Option percentOf(std::string_view name, int place, OptionEffect apply, std::string_view meaning) {
+    return spin(name, place, 100, 25, 400, apply, meaning);
+}
+
+constexpr Option check(std::string_view name, int place, bool standard, OptionEffect apply,
+                       std::string_view meaning) {
+    return {.name = name,
+            .place = place,
+            .type = OptionType::check,
+            .standard = standard,
+            .apply = apply,
+            .meaning = meaning};
+}
+
+constexpr Option string(std::string_view name, int place, std::string_view standard, OptionEffect apply,
+                        std::string_view meaning) {
+    return {.name = name, .place = place, .standardText = standard, .apply = apply, .meaning = meaning};
+}
+
+constexpr Option button(std::string_view name, int place, OptionEffect apply, std::string_view meaning) {
+    return {.name = name, .place = place, .type = OptionType::button, .apply = apply, .meaning = meaning};
 }
 
 // An option that may be set in the middle of a search.
-constexpr Parameter anyTime(Parameter parameter) {
-    parameter.needsIdleEngine = false;
-    return parameter;
+constexpr Option anyTime(Option option) {
+    option.needsIdleEngine = false;
+    return option;
 }
 
 // clang-format off
 Parameter table[] = {
-    stored("nHashTables", SettingCheck::nonZero, storeHashBuckets,
-           "Hash", 1, "type spin default 1 min 1 max 2048", applyHash),
-    stored("nPawnTables", SettingCheck::nonZero, storePawnTableSize),
-    shared("pawnValue", nonNegative, &pawnValue, "PawnValue", 10, percent, applyPieceValue),
-    shared("knightValue", nonNegative, &knightValue, "KnightValue", 11, percent, applyPieceValue),
-    shared("bishopValue", nonNegative, &bishopValue, "BishopValue", 12, percent, applyPieceValue),
-    shared("rookValue", nonNegative, &rookValue, "RookValue", 13, percent, applyPieceValue),
-    shared("queenValue", nonNegative, &queenValue, "QueenValue", 14, percent, applyPieceValue),
-    number("endgameMaterial", nonNegative, &endgameMaterial),
-    number("rookOn7th", nonNegative, &rookOn7th),
-    shared("pairOfBishops", nonNegative, &pairOfBishops, "PairOfBishops", 9, percent, applyWeight),
-    number("doublePawn", nonNegative, &doublePawn),
-    number("isolatedPawn", nonNegative, &isolatedPawn),
-    number("noShortCastling", nonNegative, &noShortCastling),
-    number("noLongCastling", nonNegative, &noLongCastling),
-    number("rightToMove", nonNegative, &rightToMove),
-    number("rookAgainstNoRook", nonNegative, &rookAgainstNoRook),
-    number("backstandingPawn", nonNegative, &backstandingPawn),
-    number("trappedBishop", nonNegative, &trappedBishop),
-    number("narrowedRook", nonNegative, &narrowedRook),
-    number("badBishop", nonNegative, &badBishop),
-    number("rookOnOpenLine", nonNegative, &rookOnOpenLine),
-    number("rookOnHalfOpenLine", nonNegative, &rookOnHalfOpenLine),
-    number("doubledRooks", nonNegative, &doubledRooks),
-    number("spaceAdvantage", nonNegative, &spaceAdvantage),
-    number("pawnStormValue1", nonNegative, &pawnStormValue1),
-    number("pawnStormValue2", nonNegative, &pawnStormValue2),
-    number("aspirationWindow", nonNegative, &aspirationWindow),
-    number("maxCompensation", nonNegative, &maxCompensation),
-    number("maxExtensions", nonNegative, &storedSettings.maxExtensions),
-    number("fewMovesExtValue1", nonNegative, &storedSettings.fewMovesExtValue1),
-    number("fewMovesExtValue2", nonNegative, &storedSettings.fewMovesExtValue2),
-    number("selectivity1", nonNegative, &storedSettings.selectivity1),
-    number("selectivity2", nonNegative, &storedSettings.selectivity2),
-    number("quickPlay", SettingCheck::positiveOrNone, &quickPlay),
-    shared("numberOfLocalClients", SettingCheck::positive, &numberOfLocalClients,
-           "CPUs", 20, "type spin default 1 min 1 max 128", applyCpus),
-    stored("remoteClient", SettingCheck::peer, storePeer),
-    stored("minNodesRemoteSearch", any, storeMinNodes),
-    number("minDepthRemoteSearch", any, &storedSettings.minDepthRemoteSearch),
-    shared("kingSafety", any, &kingSafety, "KingSafety", 16, "type spin default 100 min 1 max 999", applyKingSafety),
-    anyTime(shared("dummy2", any, &storedSettings.dummy2, "Dummy2", 0, {}, applyNumber)),
-    anyTime(shared("dummy3", any, &storedSettings.dummy3, "Dummy3", 0, {}, applyNumber)),
-    shared("TBdistance", nonNegative, &TBdistance, "TBDistance", 7, "type spin default 8 min 1 max 99", applyTBDistance),
-    shared("TBCacheSize", nonNegative, &TBCacheSize,
-           "NalimovCache", 6, "type spin default 1 min 1 max 32", applyNalimovCache),
-    stored("TBPath", SettingCheck::text, storeTBPath,
-           "NalimovPath", 5, "type string default <empty>", applyNalimovPath),
-    stored("bookFile", SettingCheck::text, storeBookFile),
-    shared("factorForAnotherIteration", nonNegative, &factorForAnotherIteration,
-           "TimeUsage", 17, "type spin default 100 min 50 max 400", applyTimeUsage),
-    number("weightA", nonNegative, &bookWeights[int{'a'}]),
-    number("weightB", nonNegative, &bookWeights[int{'b'}]),
-    number("weightC", nonNegative, &bookWeights[int{'c'}]),
-    number("weightD", nonNegative, &bookWeights[int{'d'}]),
-    number("weightE", nonNegative, &bookWeights[int{'e'}]),
-    number("weightF", nonNegative, &bookWeights[int{'f'}]),
-    number("weightG", nonNegative, &bookWeights[int{'g'}]),
-    number("showCurrentMove", any, &storedSettings.showCurrentMove),
-    number("resignValue", nonNegative, &resignValue),
-    anyTime(stored("writeLogFile", any, storeLogging,
-           "WriteLog", 19, "type check default false", applyWriteLog)),
-    stored("listenAddress", SettingCheck::text, storeListenAddress),
-    stored("acceptFrom", SettingCheck::text, storeAcceptFrom),
+    special("nHashTables", "not 0", storeHashBuckets, sizeOf<nHashTables>,
+            "buckets of the hash table, 48 bytes each; rounded down to a power of two",
+            spin("Hash", 1, 1, 1, 2048, applyHash,
+                 "mebibytes of the hash table, rounded down to a power of two of buckets; until it is set, `nHashTables` holds")),
+    special("nPawnTables", "not 0", storePawnTableSize, sizeOf<nPawnTables>,
+            "entries of the pawn table; rounded down to a power of two"),
+    number("pawnValue", &pawnValue, "a pawn",
+           percentOf("PawnValue", 10, applyPieceValue, "percent of the default of `pawnValue`")),
+    number("knightValue", &knightValue, "a knight",
+           percentOf("KnightValue", 11, applyPieceValue, "percent of the default of `knightValue`")),
+    number("bishopValue", &bishopValue, "a bishop",
+           percentOf("BishopValue", 12, applyPieceValue, "percent of the default of `bishopValue`")),
+    number("rookValue", &rookValue, "a rook",
+           percentOf("RookValue", 13, applyPieceValue, "percent of the default of `rookValue`")),
+    number("queenValue", &queenValue, "a queen",
+           percentOf("QueenValue", 14, applyPieceValue, "percent of the default of `queenValue`")),
+    number("endgameMaterial", &endgameMaterial,
+           "a position with no more material than this, less 500 for each queen, is an endgame"),
+    number("rookOn7th", &rookOn7th, "bonus: rook on the 7th rank while the enemy king is on the 8th"),
+    number("pairOfBishops", &pairOfBishops, "bonus: second bishop",
+           percentOf("PairOfBishops", 9, applyWeight, "percent of the default of `pairOfBishops`")),
+    number("doublePawn", &doublePawn, "penalty: each further pawn on a file"),
+    number("isolatedPawn", &isolatedPawn, "penalty: isolated pawn; two thirds of it if an enemy pawn is on its file"),
+    unused("noShortCastling", 18),
+    unused("noLongCastling", 12),
+    number("rightToMove", &rightToMove, "bonus: side to move"),
+    number("rookAgainstNoRook", &rookAgainstNoRook, "bonus: rook against none, in an endgame without queens"),
+    number("backstandingPawn", &backstandingPawn, "penalty: backward pawn"),
+    number("trappedBishop", &trappedBishop, "penalty: bishop on a7 or h7 behind a pawn on b6 or g6"),
+    number("narrowedRook", &narrowedRook,
+           "penalty: rook that faces an enemy pawn with a piece close behind it; three times as much if it cannot step aside"),
+    number("badBishop", &badBishop, "penalty: bishop with own pawns or the edge on both forward diagonals"),
+    number("rookOnOpenLine", &rookOnOpenLine, "bonus: rook on a file without pawns"),
+    unused("rookOnHalfOpenLine", 10),
+    number("doubledRooks", &doubledRooks, "bonus: both rooks on one file"),
+    number("spaceAdvantage", &spaceAdvantage,
+           "bonus: each rank that the rearmost pawn of the files c to f has advanced"),
+    number("pawnStormValue1", &pawnStormValue1, "weight of a pawn storm, kings on the same wing"),
+    number("pawnStormValue2", &pawnStormValue2,
+           "weight of a pawn storm, kings on opposite wings or the pawn chain pointing at the king"),
+    unused("aspirationWindow", 25),
+    number("maxCompensation", &maxCompensation, "margin of delta pruning in quiescence search"),
+    unused("maxExtensions", 12),
+    unused("fewMovesExtValue1", 100),
+    unused("fewMovesExtValue2", 100),
+    unused("selectivity1", 1),
+    unused("selectivity2", 1),
+    smallerMeansLeast(number("quickPlay", &quickPlay, "depth in plies of every search; 0 for no such limit")),
+    withRange(1, largestSetting,
+              number("numberOfLocalClients", &numberOfLocalClients, "child processes that search along",
+                     spin("CPUs", 20, 1, 1, 128, applyCpus,
+                          "processes of this machine that search together, this one included"))),
+    special("remoteClient", "host:port, port above 0", storePeer, nothing,
+            "a peer that searches along; may stand up to 128 times"),
+    unused("minNodesRemoteSearch", 6000000),
+    unused("minDepthRemoteSearch", 8),
+    withRange(anyLeast, anyMost,
+              number("kingSafety", &kingSafety, "stored and reported only; the option `KingSafety` has the effect",
+                     spin("KingSafety", 16, 100, 1, 999, applyKingSafety, "percentage of the king attack table"))),
+    unused("dummy2", 100, anyTime(string("Dummy2", 0, "", nullptr, "no effect"))),
+    unused("dummy3", 100, anyTime(string("Dummy3", 0, "", nullptr, "no effect"))),
+    withRange(0, anyMost,
+              number("TBdistance", &TBdistance, "remaining depth in plies from which endgame tables are probed",
+                     spin("TBDistance", 7, 8, 1, 99, applyTBDistance, "`TBdistance`; not once tables are found"))),
+    withRange(0, anyMost,
+              number("TBCacheSize", &TBCacheSize, "bytes of the endgame table cache",
+                     spin("NalimovCache", 6, 1, 1, 32, applyNalimovCache,
+                          "mebibytes of the endgame table cache; not once tables are found"))),
+    special("TBPath", "text", storePath<TBPath>, textOf<TBPath>,
+            "directories of the endgame tables, 255 characters at most",
+            string("NalimovPath", 5, "<empty>", applyNalimovPath, "`TBPath`; not once tables are found")),
+    special("bookFile", "text", storePath<bookFile>, textOf<bookFile>,
+            "path of the opening book, 255 characters at most"),
+    number("factorForAnotherIteration", &factorForAnotherIteration,
+           "percent; an iteration begins while the time used, times this, is below the scheduled time",
+           spin("TimeUsage", 17, 100, 50, 400, applyTimeUsage,
+                "percent; `factorForAnotherIteration` becomes 150 * 100 / value")),
+    number("weightA", &bookWeights[int{'a'}], "weight of a book move of value a"),
+    number("weightB", &bookWeights[int{'b'}], "of value b"),
+    number("weightC", &bookWeights[int{'c'}], "of value c"),
+    number("weightD", &bookWeights[int{'d'}], "of value d"),
+    number("weightE", &bookWeights[int{'e'}], "of value e"),
+    number("weightF", &bookWeights[int{'f'}], "of value f"),
+    number("weightG", &bookWeights[int{'g'}], "of value g"),
+    unused("showCurrentMove", 0),
+    number("resignValue", &resignValue, "the engine resigns at a score of minus this; 0 for never"),
+    special("writeLogFile", "number", storeLogging, nullptr, "log on if not 0, off if 0",
+            anyTime(check("WriteLog", 19, false, applyWriteLog, "log on or off"))),
+    special("listenAddress", "text", storePath<listenAddress>, textOf<listenAddress>,
+            "the one address of this machine on which a peer listens; all of them if empty"),
+    special("acceptFrom", "text", storeAcceptFrom, nothing,
+            "further callers of a peer: addresses, or networks such as `203.0.113.0/24`, with commas or blanks between; may stand several times"),
 
-    optionOnly("UCI_SetPositionValue", 2, "type string", applyPositionValue),
-    optionOnly("UCI_Chess960", 3, "type check default false", applyChess960),
-    optionOnly("Ponder", 4, "type check default false", nullptr),  // pondering follows `go ponder` alone
-    optionOnly("TwoKnightsMalus", 8, percent, applyWeight, &twoKnightsMalus),
-    anyTime(optionOnly("BestBookMovesOnly", 15, "type check default true", applyBestBookMovesOnly)),
-    anyTime(optionOnly("PreserveHash", 18, "type check default true", applyPreserveHash)),
-    optionOnly("ClearHash", 21, "type button", applyClearHash),
-    optionOnly("ArenaChess960", 0, {}, applyArenaChess960),
-    optionOnly("ReactionOnShowEval", 0, {}, nullptr),
+    optionOnly(string("UCI_SetPositionValue", 2, "", applyPositionValue,
+                      "`<value> <FEN>` fixes the value of a position, White's view; `clear <FEN>` and `clearall` undo that")),
+    optionOnly(check("UCI_Chess960", 3, false, applyChess960, "Chess960 castling")),
+    optionOnly(check("Ponder", 4, false, nullptr, "no effect: the engine ponders when told `go ponder`")),
+    optionOnly(percentOf("TwoKnightsMalus", 8, applyWeight, "percent of 6, the penalty for two knights in endgames"),
+               &twoKnightsMalus),
+    optionOnly(anyTime(check("BestBookMovesOnly", 15, true, applyBestBookMovesOnly,
+                             "of the book moves of a position play those of the best value only"))),
+    optionOnly(anyTime(check("PreserveHash", 18, true, applyPreserveHash,
+                             "keep hash table and pawn table from one search to the next"))),
+    optionOnly(button("ClearHash", 21, applyClearHash, "clears hash table, pawn table and history")),
+    optionOnly(check("ArenaChess960", 0, false, applyArenaChess960, "castling moves are written O-O and O-O-O")),
+    optionOnly(check("ReactionOnShowEval", 0, false, nullptr, "no effect")),
 };
 // clang-format on
 
-// What is not added up: a size, a distance that is only compared, and a percentage whose table is bounded.
-bool mayBeAnything(const Parameter& parameter) {
-    return parameter.target == &TBCacheSize || parameter.target == &TBdistance ||
-           parameter.target == &kingSafety;
+void storeNumber(const Parameter& parameter, std::string_view value) {
+    const Setting& setting = parameter.setting;
+    const i32 given = readNumber(value);
+    if (given >= setting.least || setting.smallerMeansLeast)
+        *parameter.target = std::clamp(given, setting.least, setting.most);
 }
 
-void storeNumber(const Parameter& parameter, std::string_view value) {
-    const i32 given = readNumber(value);
-    const i32 taken = mayBeAnything(parameter) ? given : std::clamp(given, -largestSetting, largestSetting);
-    switch (parameter.check) {
-        case SettingCheck::positive:
-            if (taken > 0) *parameter.target = taken;
-            break;
-        case SettingCheck::positiveOrNone:
-            *parameter.target = std::max(taken, 0);
-            break;
-        case SettingCheck::nonNegative:
-            if (taken >= 0) *parameter.target = taken;
-            break;
+// What follows an option's name in its declaration.
+std::string declarationOf(const Option& option) {
+    switch (option.type) {
+        case OptionType::spin:
+            return "type spin default " + std::to_string(option.standard) + " min " +
+                   std::to_string(option.least) + " max " + std::to_string(option.most);
+        case OptionType::check:
+            return option.standard ? "type check default true" : "type check default false";
+        case OptionType::string:
+            return "type string" +
+                   (option.standardText.empty() ? "" : " default " + std::string(option.standardText));
         default:
-            *parameter.target = taken;
-            break;
+            return "type button";
     }
 }
 
@@ -223,50 +299,55 @@ void initParameters() {
     }
 }
 
-std::string optionDeclarations() {
-    std::vector<const Parameter*> listed;
+std::span<const Parameter> allParameters() {
+    return table;
+}
+
+std::vector<const Option*> declaredOptions() {
+    std::vector<const Option*> declared;
     for (const Parameter& parameter : table) {
-        if (parameter.place > 0) listed.push_back(&parameter);
+        if (parameter.option.place > 0) declared.push_back(&parameter.option);
     }
-    std::sort(listed.begin(), listed.end(), [](auto* a, auto* b) { return a->place < b->place; });
+    std::ranges::sort(declared, {}, &Option::place);
+    return declared;
+}
+
+std::string optionDeclarations() {
     std::string text;
-    for (const Parameter* parameter : listed) {
-        text.append("option name ")
-            .append(parameter->option)
-            .append(" ")
-            .append(parameter->declaration)
-            .append("\n");
-    }
+    for (const Option* option : declaredOptions())
+        text.append("option name ").append(option->name).append(" " + declarationOf(*option) + "\n");
     return text;
 }
 
 void applySettingsLine(std::string_view line) {
     for (const Parameter& parameter : table) {
-        if (parameter.key.empty()) continue;
-        const std::string assignment = std::string(parameter.key) + "=";
+        const Setting& setting = parameter.setting;
+        if (setting.key.empty()) continue;
+        const std::string assignment = std::string(setting.key) + "=";
         const std::size_t at = line.find(assignment);
         if (at == std::string_view::npos) continue;
         // As many characters go as the key's end is away from the start of the line, counted from the key's
         // own start.
         std::string value(line);
         value.erase(at, at + assignment.size());
-        if (parameter.storeSetting) {
-            parameter.storeSetting(value);
+        if (setting.store) {
+            setting.store(value);
         } else {
             storeNumber(parameter, value);
         }
     }
 }
 
-bool needsIdleEngine(std::string_view option) {
-    return std::any_of(std::begin(table), std::end(table), [&](const Parameter& parameter) {
-        return parameter.option == option && parameter.applyOption && parameter.needsIdleEngine;
+bool needsIdleEngine(std::string_view name) {
+    return std::ranges::any_of(table, [&](const Parameter& parameter) {
+        const Option& option = parameter.option;
+        return option.name == name && option.apply && option.needsIdleEngine;
     });
 }
 
 void setOption(std::string_view name, std::string_view value) {
     for (Parameter& parameter : table) {
-        if (parameter.option == name && parameter.applyOption) parameter.applyOption(parameter, value);
+        if (parameter.option.name == name && parameter.option.apply) parameter.option.apply(parameter, value);
     }
 }
 

@@ -1,39 +1,57 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "chess/types.h"
 
 // Everything that a user can set, in one table: a row has the key of settings.ini, the UCI option, or both.
-// The rows stand in the order in which the file's keys are tested.
+// The rows stand in the order in which the file's keys are tested. docs/settings.md is printed from them.
 
 namespace valku {
 
-enum class SettingCheck {
-    any,
-    positive,  // this and the next: other values leave what was there
-    nonNegative,
-    positiveOrNone,  // other values give 0
-    nonZero,
-    text,
-    peer,  // host:port
+struct Parameter;
+
+// Nothing sensible lies beyond this, and sums of as many weights as a board can hold stay far inside 32 bits.
+constexpr i32 largestSetting = 100000;
+
+// A key of settings.ini. A number goes to the row's variable if it is in the range; one above the range
+// counts as the largest. All other keys have a function of their own.
+struct Setting {
+    std::string_view key;      // without the "="; empty: the file does not know it
+    std::string_view meaning;  // one line for docs/settings.md
+    i32 least = 0;             // a smaller number leaves what was there
+    i32 most = largestSetting;
+    bool smallerMeansLeast = false;             // instead
+    std::string_view values = {};               // what a key with a function takes
+    void (*store)(std::string_view) = nullptr;  // that function
+    std::string (*current)() = nullptr;         // its value as text; null: it has no variable
+};
+
+enum class OptionType { spin, check, string, button };
+
+// A UCI option. Its type and the typed default and bounds compose its declaration. As UCI has it the bounds
+// bind the interface, not the engine: a value is taken as it is given.
+struct Option {
+    std::string_view name;  // empty: UCI does not know it
+    int place = 0;          // in the identification, from 1; 0: accepted, but not declared
+    OptionType type = OptionType::string;
+    i32 standard = 0;  // of a spin; 0 or 1 of a check
+    i32 least = 0;     // of a spin
+    i32 most = 0;
+    std::string_view standardText = {};                                     // of a string; may be empty
+    void (*apply)(Parameter& parameter, std::string_view value) = nullptr;  // null: no effect
+    std::string_view meaning = {};
+    bool needsIdleEngine = true;  // a running search reads what it sets
 };
 
 struct Parameter {
-    std::string_view key;  // without the "="; empty: the file does not know it
-    SettingCheck check;
-    i32* target;  // null: storeSetting and applyOption do the work
-    void (*storeSetting)(std::string_view value);
-
-    std::string_view option;       // empty: UCI does not know it
-    int place;                     // in the list of options, from 1; 0: accepted, but not listed
-    std::string_view declaration;  // what follows the option's name
-    void (*applyOption)(Parameter& parameter, std::string_view value);
-
-    bool needsIdleEngine = true;  // to set the option: a running search reads what it sets
-
-    i32 standard = 0;  // the default of `target`, taken before anything is set
+    Setting setting;
+    Option option;
+    i32* target = nullptr;  // the variable of a number
+    i32 standard = 0;       // the default: that of the variable, or the row's own if there is none
 };
 
 constexpr std::size_t longestPath = 255;  // of a file or a list of directories; a longer value is cut
@@ -41,7 +59,12 @@ constexpr std::size_t longestPath = 255;  // of a file or a list of directories;
 // Notes the defaults. Once, before settings and options are read.
 void initParameters();
 
-// The option lines of the identification, in their order.
+std::span<const Parameter> allParameters();
+
+// The options of the identification, in their order.
+std::vector<const Option*> declaredOptions();
+
+// The lines that declare them.
 std::string optionDeclarations();
 
 // Takes one line of settings.ini: every key that stands anywhere in it is tried.
@@ -52,21 +75,5 @@ bool needsIdleEngine(std::string_view option);
 
 // setoption. An unknown name does nothing. The engine must be idle if needsIdleEngine() says so.
 void setOption(std::string_view name, std::string_view value);
-
-// Values that have no other home. No rule reads the ones that are only stored.
-struct StoredSettings {
-    i32 maxExtensions = 12;
-    i32 fewMovesExtValue1 = 100;
-    i32 fewMovesExtValue2 = 100;
-    i32 selectivity1 = 1;
-    i32 selectivity2 = 1;
-    i32 minDepthRemoteSearch = 8;
-    i32 dummy2 = 100;
-    i32 dummy3 = 100;
-    i32 showCurrentMove = 0;
-    i64 minNodesRemoteSearch = 6000000;
-};
-
-extern StoredSettings storedSettings;
 
 }  // namespace valku

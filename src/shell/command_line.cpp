@@ -33,6 +33,7 @@ constexpr RoleForm roleForms[] = {
 CommandLine parseCommandLine(int argc, char** argv) {
     CommandLine result{.programPath = argc > 0 ? argv[0] : "", .role = roleRoot};
     if (argc < 2) return result;
+    result.printsSettings = argc == 2 && argv[1] == std::string_view("--settings");
     result.fixesProtocol = true;
     const auto argument = [&](int index) { return std::string_view(index < argc ? argv[index] : ""); };
     for (const RoleForm& form : roleForms) {

@@ -16,6 +16,8 @@ struct CommandLine {
     i32 tableId = -1;
     i64 buckets = 0;
     u16 port = 0;
+    bool printsSettings =
+        false;  // the whole command line is --settings: print the tables of settings and options
 };
 
 // Numbers are read leniently: a missing one, or text that is no number, is 0. Unknown words only fix the

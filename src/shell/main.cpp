@@ -5,7 +5,9 @@
 
 #include "platform/process.h"
 #include "platform/raw_io.h"
+#include "shell/command_line.h"
 #include "shell/engine.h"
+#include "shell/settings_file.h"
 
 namespace {
 
@@ -32,5 +34,10 @@ namespace {
 
 int main(int argc, char** argv) {
     std::set_terminate(endWithOneLine);
-    valku::engineMain(valku::parseCommandLine(argc, argv));
+    const valku::CommandLine commandLine = valku::parseCommandLine(argc, argv);
+    if (commandLine.printsSettings) {
+        valku::printSettings();
+        return 0;
+    }
+    valku::engineMain(commandLine);
 }

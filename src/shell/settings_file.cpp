@@ -3,7 +3,10 @@
 #include <fstream>
 #include <string>
 
+#include "book/book_settings.h"
 #include "eval/weights.h"
+#include "platform/raw_io.h"
+#include "protocol/parameter_tables.h"
 #include "protocol/parameters.h"
 
 namespace valku {
@@ -22,6 +25,12 @@ void loadSettings() {
             applySettingsLine(line.substr(at, longestLine));
     }
     updateDerivedMaterial();
+}
+
+void printSettings() {
+    initBookWeights();
+    initParameters();
+    writeStandardOutput(parameterTables());
 }
 
 }  // namespace valku

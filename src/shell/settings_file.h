@@ -6,4 +6,7 @@ namespace valku {
 // in line. Once, early in the start-up.
 void loadSettings();
 
+// Prints all settings and options with their defaults, as docs/settings.md has them. In place of a start-up.
+void printSettings();
+
 }  // namespace valku

@@ -5,6 +5,7 @@
 
 #include "book/book_settings.h"
 #include "distributed/client_settings.h"
+#include "eval/weights.h"
 #include "search/hash_table.h"
 #include "search/tablebase_port.h"
 #include "tablebases/registration.h"
@@ -49,22 +50,22 @@ TEST(Settings, ValuesThatFailTheirCheck) {
     const struct {
         const char* key;
         i32& value;
-        i32 behindZero, behindMinus;
+        i32 afterZero, afterMinus;
     } cases[] = {
         {"numberOfLocalClients=", numberOfLocalClients, 2, 2},
         {"quickPlay=", quickPlay, 0, 0},
         {"TBdistance=", TBdistance, 0, 2},
-        {"dummy2=", storedSettings.dummy2, 0, -1},
+        {"kingSafety=", kingSafety, 0, -1},
     };
     for (const auto& row : cases) {
         const i32 before = row.value;
-        const auto behind = [&](const char* value) {
+        const auto valueAfter = [&](const char* value) {
             applySettingsLine(std::string(row.key) + "2");
             applySettingsLine(std::string(row.key) + value);
             return row.value;
         };
-        EXPECT_EQ(behind("0"), row.behindZero) << row.key;
-        EXPECT_EQ(behind("-1"), row.behindMinus) << row.key;
+        EXPECT_EQ(valueAfter("0"), row.afterZero) << row.key;
+        EXPECT_EQ(valueAfter("-1"), row.afterMinus) << row.key;
         row.value = before;
     }
 }
