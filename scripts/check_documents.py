@@ -8,6 +8,7 @@
 - A ```sh check block is run by bash in a folder that holds build/release/, run.sh, share/ and scripts/. It must succeed
   and, if a ```text output block follows, print what that shows.
 - Links and paths lead to files that are there. A name with brackets, as in `think()`, is a function of the sources.
+- docs/architecture.md has a row for each flag whose writers scripts/check_layers.py checks.
 
 Prints every difference; the exit code tells whether there was one.
 """
@@ -20,8 +21,10 @@ import sys
 import tempfile
 from pathlib import Path
 
+from check_layers import ASSIGNED_IN
+
 ROOT = Path(__file__).resolve().parent.parent
-DOCUMENTS = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").glob("*.md"))]
 TABLE = re.compile(r"(?<=<!-- valku --settings -->\n)((?:\|.*\n)*)(?=<!-- end -->)")
 BLOCK = re.compile(r"^```([^\n]*)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
 PATIENCE = 300  # seconds
@@ -133,6 +136,14 @@ def name_differences(page, text, sources):
             yield f"there is no function {name}()"
 
 
+def flag_differences():
+    text = (ROOT / "docs/architecture.md").read_text(encoding="utf-8")
+    table = text[text.index("| Flag |"):]
+    rows = re.findall(r"^\| `(\w+)` \|", table[:table.index("\n\n")], re.MULTILINE)
+    for flag in sorted(set(rows) ^ set(ASSIGNED_IN)):
+        yield f"docs/architecture.md: {flag} is " + ("no flag of a search" if flag in rows else "missing")
+
+
 def main():
     if len(sys.argv) not in (2, 3) or sys.argv[2:] not in ([], ["fix"]):
         print(__doc__)
@@ -140,7 +151,7 @@ def main():
     engine = Path(sys.argv[1]).resolve()
     sources = "\n".join(path.read_text(encoding="utf-8") for pattern in ("*.h", "*.cpp")
                         for path in (ROOT / "src").rglob(pattern))
-    found = list(table_differences(engine, len(sys.argv) == 3))
+    found = [*table_differences(engine, len(sys.argv) == 3), *flag_differences()]
     for page in DOCUMENTS:
         text = page.read_text(encoding="utf-8")
         found += [f"{page.relative_to(ROOT)}: {difference}" for check in
