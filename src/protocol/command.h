@@ -8,7 +8,7 @@ enum class Match { whole, prefix };
 
 // Every word is open to the user of a root process; some are open to others, or at other times.
 enum Audience : unsigned {
-    caller = 1,           // whoever has the pipe of a process that is no root, or has reached its port
+    caller = 1,           // the parent or peer that a process other than the root serves
     userWhileEditing = 2  // the user in the middle of setting up a board
 };
 

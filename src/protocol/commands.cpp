@@ -31,7 +31,7 @@ namespace valku {
 
 namespace {
 
-// The text from one character behind the word on, where the arguments begin.
+// The text after the word and one separator, where the arguments begin.
 std::string_view argumentsOf(std::string_view rest) {
     return rest.substr(rest.empty() ? 0 : 1);
 }

@@ -22,7 +22,7 @@ void printBoard() {
     if (protocolMode == protocolConsole) sendText(boardText(gamePosition));
 }
 
-// An interface knows what it sends; a person is told.
+// Only a person gets an error message.
 void fenCommand(std::string_view fen) {
     if (!isSettled() || setFen(fen) || protocolMode != protocolConsole) return;
     sendText("Error: this is no legal position; the old one stays\n");

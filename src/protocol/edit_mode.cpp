@@ -13,14 +13,12 @@
 
 namespace valku {
 
-bool editMode = false;
-
 namespace {
 
 EditedBoard board;
 Color placedColor = White;
 bool boardTaken = false;
-Color savedSideToMove = White;  // at the begin of the edit; the game may move on before its end
+Color savedSideToMove = White;  // at the beginning of the edit; the game may move on before its end
 
 struct Fault {
     BoardFault fault;
@@ -72,7 +70,7 @@ void placeMan(std::string_view line) {
     const int rank = line[2] - '1';
     if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
     const u8 white = codeOfLetter(line[0]);
-    if (!isManOf(White, white)) return;  // men are named by capitals, whatever their colour
+    if (!isManOf(White, white)) return;  // capitals name the men of either color
     board.place(placedColor == White ? white : otherColor(white), makeSquare(file, rank));
 }
 

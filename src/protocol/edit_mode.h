@@ -2,16 +2,15 @@
 
 #include <string_view>
 
-// Edit mode: lines put men on a board, until a dot makes that board the position. Used by persons, and by
-// XBoard interfaces to set up a position.
+// Edit mode: each line puts a man on a board, until a dot makes that board the position. For persons and for
+// XBoard interfaces. On the thread that reads the commands.
 
 namespace valku {
 
 // While it is set, every line is a line of edit mode.
-extern bool editMode;
+inline bool editMode = false;
 
-// The board to be edited is that of the game; the first men are white. The side that is to move now will be
-// so afterwards.
+// Starts with the board of the game and with white men. The side to move stays the same.
 void beginEdit();
 
 // A line of edit mode; without effect, but for the dot that ends it, while the engine thinks. A board that is

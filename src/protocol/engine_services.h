@@ -14,6 +14,6 @@ class EngineServices {
     [[noreturn]] virtual void quit(int exitCode = 0) = 0;
 };
 
-extern EngineServices* engineServices;
+inline EngineServices* engineServices = nullptr;
 
 }  // namespace valku

@@ -4,8 +4,8 @@
 
 namespace valku {
 
-// Tells the interface if the game is over, claiming draws with `claim`. 0 draw, 1 white has won, 2 black has
-// won, 3 the game goes on.
+// Reports the end of the game if it is over, claiming draws with `claim`. 0 draw, 1 white has won, 2 black
+// has won, 3 the game goes on.
 int checkGameEnd(bool claim);
 
 // 0 means never resign. A setting.

@@ -20,7 +20,7 @@ namespace {
 struct ReceivedMove {
     int from;
     int to;
-    u32 castling;  // only of the castling words; a king move of two files is told apart on the board
+    u32 castling;  // set by castling words only; a king move of two files is recognised on the board
     u8 promotion;
 };
 

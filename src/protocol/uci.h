@@ -10,7 +10,7 @@
 
 namespace valku {
 
-// Settles on UCI and tells name, author and options.
+// Settles on UCI and sends name, author and options.
 void sendUciIdentification();
 
 void isReady();

@@ -11,7 +11,7 @@
 
 namespace valku {
 
-// Settles on XBoard and tells the features.
+// Settles on XBoard and sends the features.
 void sendXboardFeatures();
 
 // `time`: what is left on the engine's clock, in hundredths of a second.

@@ -100,7 +100,7 @@ void ConsoleCommunicator::refuseLongLine() {
     send(text, TextDirection::sent, processRole == roleRoot);
 }
 
-// In pieces, so that a slow reader of a long text can be told from one that does not read.
+// In pieces, so that a slow reader of a long text differs from one that has stopped reading.
 void ConsoleCommunicator::write(std::string_view text) {
     if (rolePort != 0) return onlookers.tell(text);
     constexpr std::size_t longestPiece = 16384;
@@ -121,7 +121,7 @@ void ConsoleCommunicator::log(std::string_view text, TextDirection direction) {
     if (openLog() && logFile.write(entry)) return;
     logFile.close();
     logEnabled = false;
-    // The parent of a child would take this for an answer.
+    // The parent of a local client would take this for an answer.
     if (processRole != roleLocalClient) writeErrorOutput("valku: the log cannot be written\n", patienceMs);
 }
 

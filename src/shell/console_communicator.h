@@ -16,19 +16,18 @@ namespace valku {
 
 enum class TextDirection { sent, received, internal };
 
-// The single door to the outside: reads lines and hands each to the dispatcher, and serialises everything
-// that goes out, to standard output, to a peer and to the log. Texts of different threads interleave only
-// whole.
+// Input and output of the process: reads lines and hands each to dispatch(), and serialises everything that
+// is sent, to standard output, to a peer and to the log. Texts of different threads never mix.
 class ConsoleCommunicator final : public Thread, public TextSink {
   public:
-    // Reads and dispatches until the input ends, then sees the running search off and ends the process. With
-    // a port the commands come from whoever calls there.
+    // Reads and dispatches until the input ends, then finishes the running search and ends the process. With
+    // a port the commands come from the caller there.
     void run() override;
 
     // The port to listen on; 0, as at first, for standard input. Before `run`.
     void setPort(u16 number) { port = number; }
 
-    // Has somebody called at the port? Any thread.
+    // Whether there is a caller at the port. Any thread.
     bool hasCaller() const { return peer.isOpen(); }
 
     void send(std::string_view text) override { send(text, TextDirection::sent, true); }
@@ -41,11 +40,11 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     void note(std::string_view text) override { send(text, TextDirection::internal, false); }
     void status(std::string_view text) override;
 
-    // The last words of a process. What stands in the way of them is waited for, but not for ever.
+    // The last text of a process; waits a limited time for other output to finish.
     void farewell(std::string_view text);
     void awaitOnlookers();
 
-    // How much has been taken from us, and whether something is waiting for that: text that nobody reads.
+    // How many pieces of text have been written, and whether one is being written: it waits if nobody reads.
     u32 piecesWritten() const { return written; }
     bool isWriting() const { return writing; }
 
@@ -60,7 +59,8 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     // The next word of the protocol detection; empty at the end of input.
     std::string readWord();
 
-    // Held while a command is carried out: whoever has it finds the game as the commands have left it.
+    // Held while a command is carried out: a thread that holds it finds the game as the last command has left
+    // it.
     Mutex commandMutex;
 
   private:
@@ -74,11 +74,11 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     PeerConnection peer;
     std::atomic<bool> logEnabled{false};
     Mutex outputMutex;  // may be held for as long as nobody reads
-    Mutex logMutex;     // the last one that anybody takes, and never held for long
+    Mutex logMutex;     // always taken last, and never held for long
     NewFile logFile;
     Onlookers onlookers;
     SharedFlag inputEnded{false};
-    SharedFlag writing{false};  // by whoever has the output mutex, as the next
+    SharedFlag writing{false};  // under the output mutex, as the next
     SharedValue<u32> written{0};
 };
 

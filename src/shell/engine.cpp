@@ -67,8 +67,8 @@ void shutDownProcess() {
 // Set when the game stands and commands may come.
 SharedFlag startedUp{false};
 
-// Whoever comes second leaves the end of the process to the first, unless that takes too long. The lock is
-// never given back. A start that is broken off has nothing to shut down that does not go with the process.
+// Only the first thread shuts down; a second one returns when that has taken too long. The lock is never
+// released. Before the start is complete there is nothing that the system does not clean up.
 void shutDownOnce() {
     constexpr int patienceMs = 10000;
     static Mutex ending;
@@ -88,15 +88,15 @@ class Shell final : public EngineServices {
 
 Shell shell;
 
-// The break key leaves the engine running; after any other signal the system ends the process. No command is
-// begun any more from the moment on at which the board is told.
+// The break key leaves the engine running; after any other signal the system ends the process. The command
+// lock is kept, so that no command begins after the board has been reported.
 void consoleControlHandler(int consoleSignal) {
     if (consoleSignal == consoleBreak) return;
     endSearchForShutDown();
     constexpr int patienceMs = 1000;
     const std::unique_lock lock = lockWithin(communicator.commandMutex, patienceMs);
     endSearchForShutDown();
-    // What a child writes there its parent would take for an answer.
+    // The parent of a local client would take the text for an answer.
     if (processRole != roleLocalClient) {
         std::string text = "handler called with signal " + std::to_string(consoleSignal) + "\n";
         if (startedUp && lock) text += "board: " + writeFen() + "\n";
@@ -105,7 +105,8 @@ void consoleControlHandler(int consoleSignal) {
     shutDownOnce();
 }
 
-// To the interface of a root process. The parent of any other one expects nothing but answers to its jobs.
+// To the interface of the root process; to the log of any other, whose parent expects only answers to its
+// jobs.
 void tell(const std::string& text) {
     if (processRole == roleRoot) {
         sendText(text);
@@ -114,17 +115,16 @@ void tell(const std::string& text) {
     }
 }
 
-// A peer that listens where the user has not asked for it is worse than none.
+// Listening on another address than the user asked for would be worse than not listening.
 void checkListenAddress() {
     if (rolePort == 0 || isListenAddressUsable()) return;
     communicator.status("Cannot listen on " + listenAddress + "\n");
     engineServices->quit(1);
 }
 
-// A child that is called over TCP does not read its standard input; that its maker is gone shows there all
-// the same. Whoever has called it by then keeps it: it ends with that connection. A child that nobody has
-// called goes with its maker.
-class MakerWatch final : public Thread {
+// A child that is called over TCP takes no commands from its standard input, but the end of that input shows
+// that its parent is gone. A child that has a caller by then ends with that connection, any other at once.
+class ParentWatch final : public Thread {
   public:
     void run() override {
         std::string line;
@@ -134,13 +134,13 @@ class MakerWatch final : public Thread {
     }
 };
 
-void watchMaker() {
+void watchParent() {
     if (processRole != roleRemoteClient || !standardInputIsPipe()) return;
-    static MakerWatch watch;
+    static ParentWatch watch;
     watch.start();
 }
 
-// An interface that has closed our input and reads no more is not coming back.
+// Ends the process when its input is closed and its output has not been read for some seconds.
 class OutputWatch final : public Thread {
   public:
     void run() override {
@@ -191,7 +191,7 @@ void detectProtocol() {
     }
 }
 
-// Tells the searches in the words of the protocol.
+// The observer that reports searches in the words of the protocol.
 SearchObserver* observerOf(ProtocolMode mode) {
     static UciOutput uci;
     static XboardOutput xboard;
@@ -253,7 +253,7 @@ void greet() {
     }
     communicator.setPort(rolePort);
     createClientThread();
-    watchMaker();
+    watchParent();
     communicator.run();
     exitProcess(0);
 }

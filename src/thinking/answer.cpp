@@ -14,7 +14,7 @@ namespace valku {
 
 namespace {
 
-// The search has nothing more to do; timeUsedUp lets whoever ends the pondering end the wait at once.
+// The search has nothing more to do. timeUsedUp makes a ponder hit end the wait at once.
 void awaitEndOfPondering() {
     if (!pondering) return;
     setTimeUsedUp(true);
@@ -22,7 +22,7 @@ void awaitEndOfPondering() {
     setTimeUsedUp(false);
 }
 
-// Makes the move on gamePosition and has it told; `bookValue` is its letter if it comes from the book.
+// Makes the move on gamePosition and reports it; `bookValue` is its letter if it comes from the book.
 void giveAnswer(Move move, std::optional<char> bookValue = {}) {
     beginAnswer();
     searchObserver->moveChosen(move);

@@ -16,8 +16,8 @@ bool tryBookMove(const SearchRequest& request);
 // Gives bestMove as the answer, or nothing if the search has been given up.
 void answerWithBestMove(const SearchRequest& request);
 
-// For a position without a legal move: there is no answer. The state stays that of a ponder search until the
-// reply comes or another.
+// For a position without a legal move: there is no answer. A ponder search stays one until the expected reply
+// or another move comes.
 void answerNothing(const SearchRequest& request);
 
 }  // namespace valku

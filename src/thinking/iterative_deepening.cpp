@@ -77,7 +77,7 @@ void Deepening::setWindow(i32 depth) const {
     aspirationWindow = std::clamp(earlierStep / 2 + lastStep, 20, 30);
 }
 
-// At its depth limit an analysis has said what it has to say, and stays on until it is ended. A ponder search
+// At its depth limit an analysis waits in silence until it is ended. A ponder search
 // repeats its last iteration.
 void Deepening::waitAtDepthLimit() const {
     allowStop();  // it will get no deeper

@@ -14,8 +14,8 @@ namespace valku {
 
 namespace {
 
-// Joins the test for a running search with the wish to hear of its end, and the end with the test for such a
-// wish; and makes the step from one search to the next a single one.
+// Makes three pairs of steps atomic: testing for a running search and asking to be woken at its end, ending
+// it and testing for such a request, and going from one search to the next.
 Mutex endOfSearchMutex;
 
 Mutex gameMutex;
@@ -25,10 +25,10 @@ Mutex requestMutex;
 SearchRequest nextRequest;
 SearchRequest runningRequest;
 
-// Tells one search from the next, which may begin while somebody waits to stop the one.
+// Distinguishes a search from the next one, which may begin while another thread waits to stop the first.
 SharedNumber searchNumber{0};
 
-// Before anyone can mean the new search with a stop.
+// Before a stop can refer to the new search.
 void forgetOldStops() {
     clearAllStops();
     abortThinking = false;
@@ -52,8 +52,8 @@ SharedFlag tableWorkRunning{false};
 
 constexpr u32 idlePollMs = 20;
 
-// idleEvent can carry a signal of an earlier cycle, so the flag decides. The time limit lets the caller look
-// anew at a cycle that has gone over to pondering in the meantime.
+// idleEvent can carry a signal of an earlier cycle, so the flag decides. The time limit lets the caller test
+// again a cycle that has started to ponder in the meantime.
 void awaitIdle() {
     if (thinkingActive) idleEvent.waitFor(idlePollMs);
 }
@@ -80,14 +80,15 @@ bool hasLimit() {
 
 void (*ponderingTakenBack)() = nothingToShow;
 
-// Whoever ends the process sets the one flag and looks at the other: one of the two sees it.
+// The thread that ends the process sets shutDownBegun and then tests searchRunning, this one the other way
+// round: at least one of the two sees the other.
 bool announceSearch() {
     searchRunning = true;
     if (shutDownBegun) searchRunning = false;
     return searchRunning;
 }
 
-// The same two looks.
+// The same order of writing and testing.
 void workOnTables(void (*work)()) {
     tableWorkRunning = true;
     if (!shutDownBegun) work();
@@ -191,7 +192,7 @@ void haltSearch() {
     halt(nullptr);
 }
 
-// A move from outside is let in, by answerGiven, only when the whole state is there.
+// answerGiven is cleared last: it lets moves from outside in, which need the whole state.
 bool beginPonderSearch(Move expectedReply) {
     const std::lock_guard lock(endOfSearchMutex);
     forgetOldStops();

@@ -6,14 +6,14 @@
 #include "thinking/search_request.h"
 
 // Starting, ending and steering search cycles: the only place where the flags that both threads write are
-// written. A wake-up is never lost: whoever waits for an end has said so before the end can come.
+// written. No wake-up is lost: a thread that waits for an end has announced that before the end can come.
 
 namespace valku {
 
 // ---- The command thread's side.
 
 // Starts a search cycle. The thinking thread must be idle; gamePosition must be set. Clears old stops.
-// Nothing happens in a process that is no root: nobody thinks there.
+// Nothing happens in a process other than the root, which has no thinking thread.
 void requestSearch(const SearchRequest& request);
 
 // The limits and clocks of the searches that the thinking thread begins by itself from now on.
@@ -32,8 +32,8 @@ void stopSearch();
 // used up already.
 void ponderHit();
 
-// Nobody ponders any more, and nothing of it is left to be taken back. The thinking thread must be idle, or
-// the end of its search be waited for next.
+// Clears what is left of a ponder search, without taking a move back. The thinking thread must be idle, or
+// its end must be awaited next.
 void forgetPondering();
 
 // Ends a ponder search without output, waits for the idle state and takes the expected move back.
@@ -68,7 +68,7 @@ void awaitSearchEnd();
 // The same for at most so many milliseconds; the end is still wanted then. True at the end.
 bool awaitSearchEnd(u32 milliseconds);
 
-// Tells the running search to end where it stands, with its answer; does not wait for that.
+// Makes the running search end at its next node, with its answer; does not wait for that.
 void hastenSearchEnd();
 
 // What has to happen to the shown game when a ponder search is taken back; set by the front-end.
@@ -76,8 +76,8 @@ extern void (*ponderingTakenBack)();
 
 // ---- Any thread.
 
-// To be called before a search begins. False if the process is about to end: the tables may be gone then. A
-// search that is announced in time is waited for.
+// To be called before a search begins. False if the process is about to end: its tables may be gone then. The
+// end of the process waits for a search that was announced in time.
 bool announceSearch();
 
 // The output of a search is complete.
@@ -87,7 +87,7 @@ void acknowledgeSearchEnd();
 // at most two seconds.
 void endSearchForShutDown();
 
-// Whether somebody searches or works on the tables.
+// Whether a search or other work on the tables is going on.
 bool areTablesInUse();
 
 // gamePosition during a search: changeGame on the thinking thread, copyGame on any other that cannot be sure
@@ -127,8 +127,8 @@ void forgoPondering();
 // Goes over from a search that has been answered to one on the expected reply. False if there is to be none.
 bool beginPonderSearch(Move expectedReply);
 
-// Work on the tables of a search that has ended. The end of the process waits for it, so it has to stop early
-// when shutDownBegun is set; nothing is done if it is set already.
+// Work on the tables of a search that has ended. The end of the process waits for it, so it has to return
+// early when shutDownBegun is set; nothing is done if it is set already.
 void workOnTables(void (*work)());
 
 }  // namespace valku

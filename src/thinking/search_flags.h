@@ -10,8 +10,7 @@
 //   thinking    thinkingActive set, pondering clear, no analysis requested
 //   pondering   thinkingActive and pondering set
 //   analysing   thinkingActive set, analysis requested
-//
-// Anyone may read them. Who may write them is told here, and scripts/check_layers.py holds the tree to it.
+// Any thread may read them. Who may write them is noted here and checked by scripts/check_layers.py.
 
 namespace valku {
 
@@ -21,17 +20,17 @@ inline SharedFlag easyMode{true};  // no self-pondering; read by the thinking th
 
 // Written by both threads, and only in search_control.cpp, as the named acts of search_control.h.
 
-inline SharedFlag readyForGo{false};      // the thinking thread waits for a request
-inline SharedFlag thinkingActive{false};  // a search cycle has been requested or runs
-inline SharedFlag searchRunning{false};   // the cycle has not finished its output yet
-inline SharedFlag stopAckWanted{false};   // somebody waits for the end of the search
-inline SharedFlag pondering{false};       // it runs on the opponent's time
-inline SharedFlag abortThinking{false};   // no move is to be made or announced
-inline SharedFlag answerGiven{false};     // the answer, if any, is going out: the tail of the cycle is left
-inline SharedFlag noAutoPonder{false};    // no self-pondering after this search
-inline SharedFlag timeUsedUp{false};      // it would have ended had it not been pondering
+inline SharedFlag readyForGo{false};            // the thinking thread waits for a request
+inline SharedFlag thinkingActive{false};        // a search cycle has been requested or runs
+inline SharedFlag searchRunning{false};         // the cycle has not finished its output yet
+inline SharedFlag stopAckWanted{false};         // another thread waits for the end of the search
+inline SharedFlag pondering{false};             // it runs on the opponent's time
+inline SharedFlag abortThinking{false};         // no move is to be made or announced
+inline SharedFlag answerGiven{false};           // the answer, if any, is being sent
+inline SharedFlag noAutoPonder{false};          // no self-pondering after this search
+inline SharedFlag timeUsedUp{false};            // it would have ended had it not been pondering
 inline SharedFlag minimalSearchPending{false};  // a stop has to wait: the search is not deep enough yet
-inline SharedFlag firstSearchOfGame{true};      // the next timed UCI search takes its time
+inline SharedFlag firstSearchOfGame{true};      // the next timed UCI search gets twice the time
 
 // Signalled by the same acts.
 

@@ -3,12 +3,12 @@
 #include "chess/position.h"
 #include "search/search_types.h"
 
-// The way up: what a search tells whoever asked for it. Handed in at start-up and never changed afterwards.
+// The reports of a search, on their way up. The observer is set at start-up and never changed.
 
 namespace valku {
 
-// Sees a search from outside and tells the world in the words of its protocol. The search itself prints
-// nothing. Called on the thinking thread, timeRanOut on the timer's thread.
+// Reports a search in the words of a protocol. The search itself prints nothing. Called on the thinking
+// thread, timeRanOut on the timer's thread.
 class SearchObserver {
   public:
     virtual ~SearchObserver() = default;

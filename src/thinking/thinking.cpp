@@ -42,7 +42,7 @@ i32 quiesceRoot() {
     return quiescePv(1, -mateScore, mateScore, 0);
 }
 
-// So that a legal move stands ready, whatever comes later.
+// A move to play if the search is stopped before its first iteration.
 Move findFirstLegalMove() {
     for (i32 i = 0; i < rootMoves.count; ++i) {
         makeMove(rootPosition, rootMoves.moves[i]);
@@ -71,7 +71,8 @@ void thinkOnce(const SearchRequest& request) {
     workOnTables([] { rootSearchProcess->prepareAhead(); });
 }
 
-// After a ponder search that was stopped, its taking back is still to come.
+// If pondering is still set, the last search was a ponder search that was stopped, and its move will be taken
+// back.
 bool wantsToPonder(const SearchRequest& request) {
     if (request.gameKeeper == GameKeeper::interface || easyMode || noAutoPonder || pondering) return false;
     return mainLine.moves[1] != nullMove;
@@ -86,7 +87,7 @@ void think(i32 depthLimit, double scheduledSeconds, const SearchRequest& request
         return;
     }
 
-    // Step 2. Tables, root moves, and a move that stands ready whatever comes later.
+    // Step 2. Tables, root moves, and a legal move for the case that nothing is searched.
     beginMainLine();
     prepareTables();
     prepareRootSearch();

@@ -6,8 +6,8 @@
 
 namespace valku {
 
-// Waits for requests and thinks, for the life of the process. If the engine keeps the game, it goes on to
-// ponder by itself unless told not to.
+// Waits for requests and serves them, for the life of the process. If the engine keeps the game, it ponders
+// after its own move unless easyMode is set.
 [[noreturn]] void runThinkingCycle();
 
 // One search cycle on gamePosition, from the book to the move made and announced. `depthLimit` in plies;

@@ -12,8 +12,8 @@ constexpr double unlimitedSeconds = 2000000.0;  // a scheduled time that stands 
 // What the elapsed time is multiplied by, in percent, in the test for another iteration. A setting.
 inline i32 factorForAnotherIteration = 150;
 
-// The schedule of a timed search of gamePosition; unlimitedSeconds for no limit. Tells the observer the UCI
-// clock. Thinking thread, while gamePosition stands still.
+// The schedule of a timed search of gamePosition; unlimitedSeconds for no limit. Reports the UCI clock to the
+// observer. Thinking thread, while gamePosition stands still.
 double scheduleTime(const SearchRequest& request);
 
 // The hard limit of a search of gamePosition with this schedule.
