@@ -1,9 +1,8 @@
 #include "distributed/root_search_process.h"
 
-#include <string>
-
 #include "distributed/process_lists.h"
 #include "eval/pawn_table.h"
+#include "platform/fault.h"
 #include "search/hash_table.h"
 #include "search/stop_word.h"
 
@@ -13,7 +12,7 @@ std::unique_ptr<RootSearchProcess> rootSearchProcess;
 
 RootSearchProcess::RootSearchProcess(bool shareHash)
     : AbstractSearchProcess(ProcessKind::root), shareHashFlag(shareHash) {
-    if (!createHashTable()) throw std::string("Could not map the file! Exiting now...");
+    if (!createHashTable()) throw Fault("Could not map the file! Exiting now...");
     createPawnTable();
 }
 

@@ -11,7 +11,7 @@ namespace valku {
 class RootSearchProcess final : public AbstractSearchProcess {
   public:
     // Creates the hash table, or opens the one that the command line has named (`shareHash`), and allocates
-    // the pawn table. Failures are thrown as std::string.
+    // the pawn table. Failures are thrown as Fault.
     explicit RootSearchProcess(bool shareHash);
 
     void run() override;

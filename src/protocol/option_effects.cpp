@@ -16,6 +16,7 @@
 #include "eval/eval_tables.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
@@ -87,7 +88,7 @@ void createLargestTableUpTo(u64 buckets) {
             createHashTable();
             if (size < buckets) sendText("info string No memory for the hash table as it was, using less\n");
             return;
-        } catch (const std::string&) {
+        } catch (const Fault&) {
         }
     }
     sendText("There is no memory for any hash table. Exiting now...\n");
@@ -110,8 +111,8 @@ void applyHash(Parameter&, std::string_view value) {
         releaseHashTable();
         setHashBuckets(static_cast<i64>(buckets));
         createHashTable();
-    } catch (const std::string& text) {
-        sendText(text + "\n");
+    } catch (const Fault& fault) {
+        sendText(fault.text() + "\n");
         createLargestTableUpTo(before);
     }
     reportHashTable();

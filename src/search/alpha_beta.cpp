@@ -25,7 +25,6 @@ constexpr i32 singularExtension = 3;
 constexpr i32 singularDepth = 20;
 constexpr i32 singularMargin = 45;
 constexpr i32 openWindowReduction = 8;
-constexpr int fiftyMoveCaution = 93;  // from here on a table entry's fifty margin is looked at
 
 // The rule by which every zero-window child is reached that this process searches by itself.
 [[gnu::always_inline]] inline i32 searchZws(int ply, i32 beta, i32 depth) {
@@ -125,8 +124,7 @@ struct ZwsHashUse {
     // True if the entry ends the node with `score`.
     bool take(const HashEntry& entry, int ply, i32 beta, i32 depth, i32& score) {
         searchFrames[ply + 1].ownMobility = entry.mobility;
-        const int fiftyMoves = searchPosition.state->fiftyMoves;
-        if (fiftyMoves >= fiftyMoveCaution && entry.fiftyMargin() > 99 - fiftyMoves) return false;
+        if (!entry.holdsAt(searchPosition.state->fiftyMoves)) return false;
         score = scoreFromTable(entry.lowerScore, ply);
         if (entry.lowerDepth >= depth && score >= beta) return true;
         hasCutMove = entry.lowerMove != nullMove;

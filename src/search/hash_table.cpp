@@ -2,32 +2,16 @@
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
-#include <string>
 
-#include "platform/shared_memory.h"
 #include "platform/shut_down.h"
-#include "search/shared_pointer_table.h"
 #include "search/stop_word.h"
 
 namespace valku {
 
-HashBucket* hashTable = nullptr;
-u64 nHashTables = 2097152;
-u64 hashMask = 2097152 - 1;
-i32 sharedTableId = -1;
-u32 hashUsed = 0;
-SharedFlag PreserveHash{true};
-HashReadiness hashReadiness = HashReadiness::none;
-
 namespace {
 
-constexpr i32 firstTableId = 1234000;
-constexpr i32 idsInUse = 256;  // more engines than a machine runs
-
-// A score near the fifty-move draw is not trusted nearer to it.
 constexpr int fiftyMarginOf(int fiftyMoves) {
-    return fiftyMoves >= 93 && fiftyMoves <= 99 ? 99 - fiftyMoves : 7;
+    return fiftyMoves >= fiftyMoveCaution && fiftyMoves <= 99 ? 99 - fiftyMoves : 7;
 }
 
 // What the two kinds of bound do differently.
@@ -57,10 +41,10 @@ struct UpperBound {
     }
 };
 
-// The one word that processes say to each other. The fences bind the compiler alone: they keep it from
-// writing fields outside the lock, or from dropping a lock that it sees nobody look at. Between the
-// processes nothing is ordered; two writers may pass the test at once, and the later write wins field by
-// field. A process that dies here leaves an entry that nobody uses any more, one of millions.
+// The lock of an entry, the only synchronization between processes. The fences bind only the compiler: they
+// keep it from moving writes out of the locked section and from dropping a lock that nobody in this process
+// reads. Between processes nothing is ordered; two writers may pass the test at once, and the later write
+// wins field by field. A process that dies with the lock set leaves one entry of millions unusable.
 [[gnu::always_inline]] inline bool isLocked(HashEntry& entry) {
     return std::atomic_ref<u8>(entry.lock).load(std::memory_order_relaxed) != 0;
 }
@@ -125,7 +109,7 @@ template <class Bound, class OtherBound>
     setLock(*victim, 0);
 }
 
-// A walk over a large table takes longer than the end of the process may be kept waiting.
+// A walk over a large table takes longer than the end of the process may wait.
 template <class Action>
 void forEachUnpinned(Action action) {
     constexpr u64 bucketsPerLook = u64{1} << 16;
@@ -137,7 +121,7 @@ void forEachUnpinned(Action action) {
     }
 }
 
-// An entry that stays what it is is not written.
+// Writes only entries that change.
 void age(HashEntry& entry) {
     constexpr u8 marks = HashEntry::usedFlag | HashEntry::wasUsedFlag;
     if (!(entry.flags & marks)) return;
@@ -152,80 +136,8 @@ HashEntry& firstEntryOf(const Position& position) {
 
 }  // namespace
 
-u64 floorPowerOfTwo(i64 x) {
-    return x < 2 ? 1 : std::bit_floor(static_cast<u64>(x));
-}
-
-u64 bucketsForMegabytes(i64 megabytes) {
-    constexpr i64 mostMegabytes = 1 << 20;
-    return floorPowerOfTwo(std::min(megabytes, mostMegabytes) * 1048576 /
-                           static_cast<i64>(sizeof(HashBucket)));
-}
-
-void setHashBuckets(i64 buckets) {
-    nHashTables = floorPowerOfTwo(buckets);
-    hashMask = nHashTables - 1;
-}
-
-namespace {
-
-bool openTable() {
-    void* const memory = openSharedPointer();
-    if (!memory) return false;
-    // More buckets than the table has were asked for: there is no such table.
-    if (sharedPointerSize(sharedTableId) / sizeof(HashBucket) < nHashTables) {
-        clearSharedPointer(sharedTableId);
-        return false;
-    }
-    hashTable = static_cast<HashBucket*>(memory);
-    hashReadiness = HashReadiness::none;  // others write to it too
-    clearHashTable();
-    return true;
-}
-
-// Clears a new table. The system gives each page when it is first written: now, and not on the clock of the
-// first search that gets there.
-void writeAll() {
+void zeroHashTable() {
     forEachUnpinned([](HashEntry& entry) { entry.flags = 0, entry.check = 0; });
-}
-
-// Takes the first number that nobody has, not even in the moment between the look and the creation. The
-// tables of other engines are not opened for it: there may be no room for them here.
-void createTable() {
-    SharedMemory::removeStale(firstTableId, idsInUse);
-    constexpr u64 tooManyBuckets = u64{1} << 32;
-    const u64 size = std::min(nHashTables, tooManyBuckets) * sizeof(HashBucket);
-    for (sharedTableId = firstTableId;; ++sharedTableId) {
-        if (isSharedPointerOpen(sharedTableId)) continue;
-        if (void* const memory = createSharedPointer(size)) {
-            hashTable = static_cast<HashBucket*>(memory);
-            hashReadiness = HashReadiness::cleared;
-            writeAll();
-            return;
-        }
-    }
-}
-
-}  // namespace
-
-bool createHashTable() {
-    hashUsed = 0;
-    const bool opening = sharedTableId != -1;
-    try {
-        if (opening) return openTable();
-        createTable();
-        return true;
-    } catch (const std::string& text) {
-        throw std::string("Error in createHashTable while ") + (opening ? "opening" : "creating") +
-            " shared memory:\n" + text;
-    }
-}
-
-void releaseHashTable() {
-    if (!hashTable) return;
-    hashTable = nullptr;
-    clearSharedPointer(sharedTableId);
-    sharedTableId = -1;
 }
 
 void clearHashTable() {
@@ -277,8 +189,7 @@ void storeUpperBound(int ply, u32 hashHigh, u32 hashLow, i32 score, i32 depth, M
 void pinPosition(const Position& position, i32 value) {
     const i32 score = position.sideToMove == White ? value : -value;
     HashEntry& entry = firstEntryOf(position);
-    // The mark that the entry got in the last search stays with it, whether the table has been aged since or
-    // is yet to be.
+    // The entry keeps its used mark of the last search, whether the table has been aged since or not.
     const bool marked = entry.flags & HashEntry::usedFlag ||
                         (hashReadiness != HashReadiness::none && entry.flags & HashEntry::wasUsedFlag);
     entry.flags = static_cast<u8>(entry.fiftyMargin() * 8 + (marked ? HashEntry::usedFlag : 0));

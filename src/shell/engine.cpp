@@ -17,6 +17,7 @@
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "platform/clock.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
@@ -57,8 +58,8 @@ void shutDownProcess() {
     endSearchForShutDown();
     try {
         if (!areTablesInUse()) releaseHashTable();
-    } catch (const std::string& text) {
-        communicator.farewell(text + "\n");
+    } catch (const Fault& fault) {
+        communicator.farewell(fault.text() + "\n");
     }
     noteRefusedLines();
     communicator.setLogging(false);
@@ -216,8 +217,8 @@ void connectPorts() {
 void createRootProcess(bool shareHash) {
     try {
         rootSearchProcess = std::make_unique<RootSearchProcess>(shareHash);
-    } catch (const std::string& text) {
-        tell(text + "\n");
+    } catch (const Fault& fault) {
+        tell(fault.text() + "\n");
         engineServices->quit(1);
     }
     enterProcess(*rootSearchProcess);

@@ -1,6 +1,5 @@
 #include <exception>
 #include <new>
-#include <string>
 #include <string_view>
 
 #include "platform/process.h"
@@ -21,8 +20,6 @@ namespace {
         reason = "not enough memory";
     } catch (const std::exception& fault) {
         reason = fault.what();
-    } catch (const std::string& text) {
-        reason = text;
     } catch (...) {
     }
     for (const std::string_view part : {std::string_view("valku: "), reason, std::string_view("\n")})

@@ -1,7 +1,7 @@
 #include "search/hash_table.h"
 
+#include "platform/fault.h"
 #include "search/search_test.h"
-#include "search/shared_pointer_table.h"
 #include "search/stop_word.h"
 
 namespace valku {
@@ -42,6 +42,7 @@ class HashTable : public ::testing::Test {
         EXPECT_TRUE(probeHash(state, entry)) << state.hashHigh;
         return entry;
     }
+    static HashEntry entryOf(u32 key) { return entryOf(keyOf(key)); }
 };
 
 TEST_F(HashTable, NothingIsStoredAfterAStop) {
@@ -58,20 +59,20 @@ TEST_F(HashTable, MateScoresCountFromTheNodeAndHoldAtAnyDepth) {
         clearHashTable();
         lower(1, side * 29990, 4, 0x11, 10);
         upper(2, side * 29990, 4, 0x11, 10);
-        EXPECT_EQ(entryOf(keyOf(1)).lowerDepth, side > 0 ? mateDepth : 4);
-        EXPECT_EQ(entryOf(keyOf(2)).upperDepth, side < 0 ? mateDepth : 4);
-        EXPECT_EQ(scoreFromTable(entryOf(keyOf(1)).lowerScore, 20), side * 29980);
-        EXPECT_EQ(scoreFromTable(entryOf(keyOf(2)).upperScore, 12), side * 29988);
+        EXPECT_EQ(entryOf(1).lowerDepth, side > 0 ? mateDepth : 4);
+        EXPECT_EQ(entryOf(2).upperDepth, side < 0 ? mateDepth : 4);
+        EXPECT_EQ(scoreFromTable(entryOf(1).lowerScore, 20), side * 29980);
+        EXPECT_EQ(scoreFromTable(entryOf(2).upperScore, 12), side * 29988);
         for (const i32 score : {0, 1, 28999}) EXPECT_EQ(scoreFromTable(side * score, 30), side * score);
     }
 }
 
-TEST_F(HashTable, TheFiftyMarginNarrowsTowardsTheDraw) {
-    const int margins[][2] = {{0, 7}, {92, 7}, {93, 6}, {96, 3}, {99, 0}, {100, 7}};
+TEST_F(HashTable, NoScoreHoldsNearerToTheFiftyMoveDraw) {
+    const int cases[][2] = {{0, 92}, {92, 92}, {93, 93}, {96, 96}, {99, 99}, {100, 92}};
     i32 depth = 1;
-    for (const auto& [fiftyMoves, margin] : margins) {
+    for (const auto& [fiftyMoves, last] : cases) {
         storeLowerBound(1, 7, bucket, 0, depth++, 0, fiftyMoves, 0);
-        EXPECT_EQ(entryOf(keyOf(7)).fiftyMargin(), margin) << fiftyMoves;
+        for (int now = 0; now < 100; ++now) EXPECT_EQ(entryOf(7).holdsAt(now), now <= last) << now;
     }
 }
 
@@ -90,7 +91,7 @@ TEST_F(HashTable, UsedEntriesAreCountedOnceAndNobodyWaitsForALock) {
     EXPECT_EQ(hashUsed, 0u);
     lower(105, 90, 20, 0x22);
     entry.lock = 0;
-    EXPECT_EQ(entryOf(keyOf(105)).lowerScore, 1);  // old bounds still count
+    EXPECT_EQ(entryOf(105).lowerScore, 1);  // old bounds still count
     EXPECT_TRUE(holds(105));
     readPvMove(keyOf(104, 4));
     EXPECT_EQ(hashUsed, 2u);
@@ -158,11 +159,11 @@ TEST_F(HashTable, OpenedBlocksAreCounted) {
     clearSharedPointer(id);
     lower(7, 20, 8);
     EXPECT_TRUE(holds(7));
-    EXPECT_THROW(createSharedPointer(48), std::string);
-    EXPECT_THROW(clearSharedPointer(id + 1), std::string);
+    EXPECT_THROW(createSharedPointer(48), Fault);
+    EXPECT_THROW(clearSharedPointer(id + 1), Fault);
     sharedTableId = id + 999;
     EXPECT_FALSE(createHashTable());  // there is no such table to join
-    EXPECT_THROW(createSharedPointer(u64{1} << 32), std::string);
+    EXPECT_THROW(createSharedPointer(u64{1} << 32), Fault);
     sharedTableId = -1;
     ASSERT_TRUE(createHashTable());
     EXPECT_GT(sharedTableId, id);  // two tables have two names

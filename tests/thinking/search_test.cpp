@@ -14,7 +14,6 @@
 #include "search/alpha_beta.h"
 #include "search/quiescence.h"
 #include "search/search_state.h"
-#include "search/shared_pointer_table.h"
 #include "search/split_port.h"
 #include "search/stop_word.h"
 #include "search/tablebase_port.h"
