@@ -17,7 +17,7 @@
 #include "protocol/protocol_mode.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/split_port.h"
+#include "search/upward_calls.h"
 #include "thinking/search_observer.h"
 
 // The engine's start-up with its tables at their default sizes, but with nobody to talk to.

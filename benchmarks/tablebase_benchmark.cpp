@@ -6,7 +6,7 @@
 #include <string>
 
 #include "chess/fen.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/probe.h"
 #include "tablebases/registration.h"
 #include "tablebases/table_classes.h"

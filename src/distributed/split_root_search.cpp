@@ -9,7 +9,7 @@
 #include "distributed/race.h"
 #include "distributed/root_search_process.h"
 #include "platform/format_text.h"
-#include "search/split_port.h"
+#include "search/upward_calls.h"
 
 namespace valku {
 

@@ -25,7 +25,7 @@
 #include "protocol/parameters.h"
 #include "search/hash_table.h"
 #include "search/history.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/registration.h"
 #include "tablebases/table_cache.h"
 #include "thinking/time_management.h"

@@ -19,7 +19,7 @@
 #include "protocol/option_effects.h"
 #include "search/hash_table.h"
 #include "search/search_state.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/registration.h"
 #include "tablebases/table_cache.h"
 #include "thinking/root_search.h"

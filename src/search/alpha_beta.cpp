@@ -10,7 +10,7 @@
 #include "search/move_ordering.h"
 #include "search/node.h"
 #include "search/quiescence.h"
-#include "search/split_port.h"
+#include "search/upward_calls.h"
 
 namespace valku {
 

@@ -8,7 +8,7 @@
 #include "search/hash_table.h"
 #include "search/search_state.h"
 #include "search/stop_word.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 
 // The steps that all node functions share.
 

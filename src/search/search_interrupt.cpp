@@ -14,11 +14,12 @@ namespace valku {
 namespace {
 
 Mutex workMutex;
-const std::function<void()>* wantedWork =
-    nullptr;  // under the mutex; set by the asker, cleared by whoever is first
+// Under the mutex. Set by the command thread; cleared by the searching thread when the work is done, or by
+// the command thread when it gives up.
+const std::function<void()>* wantedWork = nullptr;
 Event workDone;
 
-// What the work may use, brought back to where the search has left it.
+// Saves what the work may use and restores it at the end.
 class SuspendedNode {
   public:
     SuspendedNode()
@@ -55,7 +56,7 @@ void serveInterrupt() {
 }
 
 bool doBetweenNodes(const std::function<void()>& work, bool (*isSearching)()) {
-    constexpr u32 askAgainMs = 10;  // the start of a search forgets what the word said before
+    constexpr u32 askAgainMs = 10;  // a search that starts clears the stop word, and the request with it
     workDone.reset();
     {
         const std::lock_guard lock(workMutex);

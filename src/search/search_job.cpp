@@ -10,6 +10,15 @@
 
 namespace valku {
 
+namespace {
+
+void clearSearchTables() {
+    computeRootMobility();
+    for (int ply = 0; ply < horizonPly + 1; ++ply) clearKillers(searchFrames[ply]);
+}
+
+}  // namespace
+
 void computeRootMobility() {
     MoveList list;
     generateCaptures(list, 0);
@@ -21,11 +30,6 @@ void computeRootMobility() {
     searchFrames[1].oppMobility = own;
     searchFrames[1].ownMobility = other;
     mobilityBalance = searchPosition.sideToMove == White ? own - other : other - own;
-}
-
-void clearSearchTables() {
-    computeRootMobility();
-    for (int ply = 0; ply < horizonPly + 1; ++ply) clearKillers(searchFrames[ply]);
 }
 
 void beginJob() {

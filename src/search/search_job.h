@@ -2,15 +2,16 @@
 
 #include "search/search_types.h"
 
-// The job of one node: a window and a depth, and what a search does at its two ends. On searchPosition, by
-// the thread that searches.
+// The job of a search process: one node of searchPosition with a window and a depth. All functions run on the
+// searching thread.
 
 namespace valku {
 
-// The deepest job that one process gives another; deeper ones have no place in the hash table.
-constexpr i32 deepestJob = 253;  // quarter plies
+// The deepest job that one process gives another, in quarter plies: the depth bytes of the transposition
+// table have no room for more.
+constexpr i32 deepestJob = 253;
 
-// From the view of the side to move at the node.
+// Scores are from the view of the side to move at the node.
 struct SearchJob {
     i32 ncount = 1;  // ply of the node
     i32 alpha = 0;
@@ -19,20 +20,17 @@ struct SearchJob {
     bool zws = false;  // zero window (beta - 1, beta)
 };
 
-// Both sides' mobility sums into frame 1, crosswise as the node at ply 1 takes them over, and mobilityBalance
-// from them.
+// Counts both sides' mobility into frame 1, crosswise as the node at ply 1 takes it over, and sets
+// mobilityBalance.
 void computeRootMobility();
 
-// The start of every job: root mobility, and no killers from the root move before.
-void clearSearchTables();
-
-// Sets the in-check flag of ply 0, the counters and the per-ply tables.
+// Sets the in-check flag of ply 0, clears the counters and prepares the per-ply tables.
 void beginJob();
 
 // Searches the node. `allowSplit` is true in a process that has local clients.
 i32 runEntry(const SearchJob& job, bool allowSplit);
 
-// The counters, and the line read back from the table, of a finished job.
+// Fills in the counters of a finished job and its principal variation from the transposition table.
 void completeResult(SearchResult& result, i32 value);
 
 }  // namespace valku

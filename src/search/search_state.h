@@ -3,8 +3,8 @@
 #include "chess/types.h"
 #include "search/search_types.h"
 
-// The working memory of the one search of a process. One thread at a time runs a search; the events that
-// start and end a job hand this memory over.
+// The working memory of the one search of a process. Only the thread that runs the search writes it; the
+// events that start and end a job hand it from thread to thread.
 
 namespace valku {
 
@@ -12,8 +12,8 @@ namespace valku {
 // of a job.
 //
 // A node at ply p keeps the mobility sums in the frame of ply p + 1: `ownMobility` of the side to move at p,
-// `oppMobility` of the other side. On entry they are taken over crosswise from frame p, so that until better
-// is known the side to move has the mobility that it had two plies ago.
+// `oppMobility` of the other side. On entry they are taken over crosswise from frame p: until its own moves
+// have been counted, the side to move has the mobility that it had two plies earlier.
 struct SearchFrame {
     i32 ownMobility;
     i32 oppMobility;
@@ -25,15 +25,16 @@ struct SearchFrame {
     u8 inCheck;
 };
 
-extern SearchFrame searchFrames[frameCount];
+inline SearchFrame searchFrames[frameCount];
 
 // Counted from the start of a job.
-extern u64 nodeCount;
-extern i32 selDepth;
-extern i32 tbProbes;
-extern i32 tbHits;
+inline u64 nodeCount = 0;
+inline i32 selDepth = 0;  // greatest ply reached
+inline i32 tbProbes = 0;
+inline i32 tbHits = 0;
 
-// The margin that the delta tests of quiescence add to the gain of a capture, in hundredths of a pawn.
-extern i32 maxCompensation;
+// A setting, written by the command thread while no search runs: the margin of delta pruning, in hundredths
+// of a pawn.
+inline i32 maxCompensation = 120;
 
 }  // namespace valku

@@ -4,30 +4,31 @@
 
 #include "chess/types.h"
 
-// The reasons to stop a search, one byte each of a word that every node reads. Any thread may set them.
+// The word by which other threads reach a running search: every node reads it.
 
 namespace valku {
 
+// The reasons to stop, one byte each. Any thread may set and clear them.
 enum StopByte : u32 {
     stopFromOutside = 0x000000FF,  // the stop commands and the time limit: the whole search ends
-    stopRootProcess = 0x0000FF00,  // the root search process loses a race
+    stopRootProcess = 0x0000FF00,  // the root search process has lost a race
     stopStandardProcess = 0x00FF0000,
 };
 
-extern std::atomic<u32> stopWord;
+inline std::atomic<u32> stopWord{0};
 
-// No reason to stop: another thread wants the searching one to do something between two nodes.
+// No reason to stop: the command thread waits in doBetweenNodes().
 constexpr u32 searchInterrupt = 0xFF000000;
 
-// Does what is wanted; on the searching thread.
+// Runs the work that doBetweenNodes() was given. On the searching thread.
 [[gnu::cold]] void serveInterrupt();
 
-// Without a look at interrupts: for places in the middle of a node.
+// Leaves interrupts alone: for the middle of a node.
 inline bool isStopWanted() {
     return (stopWord.load(std::memory_order_relaxed) & ~searchInterrupt) != 0;
 }
 
-// Between nodes, on the searching thread.
+// Serves interrupts: between nodes, on the searching thread.
 inline bool searchStopped() {
     if (stopWord.load(std::memory_order_relaxed) == 0) [[likely]]
         return false;
@@ -36,7 +37,7 @@ inline bool searchStopped() {
     return false;
 }
 
-// A stop of the whole search, as against the stop of one racer.
+// The whole search ends, not only one racer.
 inline bool stopSignalOutside() {
     return (stopWord.load(std::memory_order_acquire) & stopFromOutside) != 0;
 }

@@ -8,7 +8,7 @@
 #include "platform/format_text.h"
 #include "platform/process.h"
 #include "platform/raw_io.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/class_lookup.h"
 #include "tablebases/compressed_header.h"
 #include "tablebases/index_plan.h"

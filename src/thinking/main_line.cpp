@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/clock.h"
-#include "search/split_port.h"
+#include "search/upward_calls.h"
 #include "thinking/search_observer.h"
 
 namespace valku {

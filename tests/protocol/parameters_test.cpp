@@ -7,7 +7,7 @@
 #include "distributed/client_settings.h"
 #include "eval/weights.h"
 #include "search/hash_table.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/registration.h"
 #include "thinking/thinking.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "chess/tables.h"
-#include "search/tablebase_port.h"
+#include "search/upward_calls.h"
 #include "tablebases/index_plan.h"
 #include "tablebases/registration.h"
 #include "tablebases/table_classes.h"
