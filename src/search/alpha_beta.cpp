@@ -16,24 +16,25 @@ namespace valku {
 
 namespace {
 
-constexpr i32 internalDeepeningDepth = 12;
-constexpr i32 twofoldDeepeningDepth = 28;
-constexpr i32 verificationDepth = 32;
-constexpr i32 shuffleAboveDepth = 28;
-constexpr i32 checkExtension = 2;
-constexpr i32 singularExtension = 3;
-constexpr i32 singularDepth = 20;
-constexpr i32 singularMargin = 45;
-constexpr i32 openWindowReduction = 8;
+constexpr i32 internalDeepeningDepth = 3 * onePly;
+constexpr i32 twofoldDeepeningDepth = 7 * onePly;
+constexpr i32 verificationDepth = 8 * onePly;
+constexpr i32 shuffleAboveDepth = 7 * onePly;
+constexpr i32 checkExtension = onePly / 2;
+constexpr i32 singularExtension = 3 * onePly / 4;
+constexpr i32 singularDepth = 5 * onePly;
+constexpr i32 singularReduction = 4 * onePly;
+constexpr i32 singularMargin = 45;  // hundredths of a pawn
+constexpr i32 openWindowReduction = 2 * onePly;
 
-// The rule by which every zero-window child is reached that this process searches by itself.
+// A zero-window child that this process searches itself.
 [[gnu::always_inline]] inline i32 searchZws(int ply, i32 beta, i32 depth) {
     if (depth < 1) return quiesceZws(ply, beta);
     if (depth <= frontierDepth) return frontierZws(ply, beta);
     return alphaBetaZws(ply, beta, depth);
 }
 
-// Each node function exists twice, as one code over two ways of descending. The plain way: this process
+// Each node function exists twice, as one text over two ways of descending. The plain way: this process
 // searches every child.
 struct PlainDescent {
     [[gnu::always_inline]] static i32 zws(int ply, i32 beta, i32 depth) {
@@ -42,7 +43,7 @@ struct PlainDescent {
     [[gnu::always_inline]] static i32 zwsRaced(int ply, i32 beta, i32 depth) {
         return searchZws(ply, beta, depth);
     }
-    [[gnu::always_inline]] static i32 zwsBehind(bool, int ply, i32 beta, i32 depth) {
+    [[gnu::always_inline]] static i32 zwsMove(bool, int ply, i32 beta, i32 depth) {
         return searchZws(ply, beta, depth);
     }
     [[gnu::always_inline]] static i32 open(int ply, i32 alpha, i32 beta, i32 depth) {
@@ -50,33 +51,33 @@ struct PlainDescent {
     }
 };
 
-// Few nodes of these depths and more are entered in a second; their speed does not matter.
-constexpr i32 openRaceDepth = 29;
-constexpr i32 zwsRaceDepth = 33;
+// From these depths on nodes are raced. Only few are entered in a second: their speed does not matter.
+constexpr i32 openRaceDepth = 7 * onePly + 1;
+constexpr i32 zwsRaceDepth = 8 * onePly + 1;
 
 i32 alphaBetaSplit(int ply, i32 alpha, i32 beta, i32 depth);
 i32 alphaBetaZwsSplit(int ply, i32 beta, i32 depth);
 
-// A race at `ply` is worth its while for the first 2 to the power of `ply` seconds of a search; later only
-// nodes further down are raced.
+// A node at `ply` is raced during the first 2 to the power of `ply` seconds of a search; later only nodes
+// further down are.
 bool isTooLateToRace(int ply) {
     return elapsedSeconds > std::ldexp(1.0, ply);
 }
 
-// The split-aware way: a deep child is raced over the search processes. Once the search has lasted longer
-// than suits its ply it is entered instead, and its own children are raced.
+// The split-aware way: a deep child is raced over the search processes. Once it is too late for that, the
+// child is entered instead and its own children are raced.
 struct SplitDescent {
     static i32 zws(int ply, i32 beta, i32 depth) {
         if (depth >= zwsRaceDepth && isTooLateToRace(ply)) return alphaBetaZwsSplit(ply, beta, depth);
         return zwsRaced(ply, beta, depth);
     }
-    // Raced at any time.
+    // Never too late.
     static i32 zwsRaced(int ply, i32 beta, i32 depth) {
         if (depth < zwsRaceDepth) return searchZws(ply, beta, depth);
         return splitSearchPort(ply, beta - 1, beta, depth, true);
     }
     // A node that knows a cut move always races its children.
-    static i32 zwsBehind(bool hasCutMove, int ply, i32 beta, i32 depth) {
+    static i32 zwsMove(bool hasCutMove, int ply, i32 beta, i32 depth) {
         return hasCutMove ? zwsRaced(ply, beta, depth) : zws(ply, beta, depth);
     }
     static i32 open(int ply, i32 alpha, i32 beta, i32 depth) {
@@ -86,21 +87,23 @@ struct SplitDescent {
     }
 };
 
+// The depth that is left after a null move.
 constexpr i32 nullMoveDepth(i32 depth) {
-    if (depth <= 12) return 0;
-    return depth < 24 ? depth - 12 : depth - 16;
+    if (depth <= 3 * onePly) return 0;
+    return depth < 6 * onePly ? depth - 3 * onePly : depth - 4 * onePly;
 }
 
-// What a reduced move of a zero-window node loses: a ply, and one more for each hexadecimal digit of a
-// negative history value.
+// The late move reduction of a zero-window node: a ply, and one more for each hexadecimal digit of a negative
+// history value.
 [[gnu::always_inline]] inline i32 reductionOf(i32 tag) {
-    i32 reduction = 4;
-    for (i32 deficit = tagHistoryOffset - (tag & tagHistoryMask); deficit > 0; deficit >>= 4) reduction += 4;
+    i32 reduction = onePly;
+    for (i32 deficit = tagHistoryOffset - (tag & tagHistoryMask); deficit > 0; deficit >>= 4) {
+        reduction += onePly;
+    }
     return reduction;
 }
 
-// A far advanced enemy pawn that has just moved and that no pawn blocks: passing could lose to it in an
-// ending.
+// A far advanced enemy pawn has just moved and no pawn blocks it.
 template <Color Us>
 bool advancedPawnThreatens(int square) {
     using S = Side<Us>;
@@ -108,6 +111,7 @@ bool advancedPawnThreatens(int square) {
            searchPosition.board[square - S::up] != S::pawn;
 }
 
+// The guard against zugzwang: in an endgame no null move follows the advance of such a pawn.
 bool pawnGuardForbidsNullMove() {
     const Position& p = searchPosition;
     if (isMiddlegame(p)) return false;
@@ -116,7 +120,7 @@ bool pawnGuardForbidsNullMove() {
                                  : advancedPawnThreatens<Black>(square);
 }
 
-// What a zero-window node takes from a table entry: a score that ends the node, or a move to begin with.
+// What a zero-window node takes from a table entry: a score that ends the node, or a move to try first.
 struct ZwsHashUse {
     Move hashMove = nullMove;
     bool hasCutMove = false;
@@ -125,23 +129,24 @@ struct ZwsHashUse {
     bool take(const HashEntry& entry, int ply, i32 beta, i32 depth, i32& score) {
         searchFrames[ply + 1].ownMobility = entry.mobility;
         if (!entry.holdsAt(searchPosition.state->fiftyMoves)) return false;
-        score = scoreFromTable(entry.lowerScore, ply);
-        if (entry.lowerDepth >= depth && score >= beta) return true;
+        if (cutsZws(entry, ply, beta, depth, score)) return true;
         hasCutMove = entry.lowerMove != nullMove;
         hashMove = hasCutMove ? entry.lowerMove : entry.upperMove;
-        score = scoreFromTable(entry.upperScore, ply);
-        return entry.upperDepth >= depth && score < beta;
+        return false;
     }
 };
 
-void scanMobility(int ply) {
+// Counts the side to move's mobility where no table entry gives it.
+void countMobility(int ply) {
     MoveList& list = searchFrames[ply].list;
     generateCaptures(list, 0);
     searchFrames[ply + 1].ownMobility = list.mobility;
 }
 
-// A zero-window search (beta - 1, beta) of the node at `ply` without `excluded`, which is unmade. It has a
-// key of its own for each excluded move, so that the node's entry is left in peace.
+// The test of a singular extension (T. Anantharaman, M. Campbell, F. Hsu, "Singular Extensions: Adding
+// Selectivity to Brute-Force Searching", ICCA Journal 11/4, 1988): a zero-window search (beta - 1, beta) of
+// the node at `ply` without `excluded`, which is unmade. Each excluded move gives a key of its own, so that
+// the node's own entry stays as it is.
 template <class Descent>
 i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move excluded) {
     if (searchStopped()) return stopValue;
@@ -153,19 +158,15 @@ i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move exclud
     key.hashHigh = state.hashHigh ^ pieceKeyHigh[144][from] ^ pieceKeyHigh[145][to];
 
     HashEntry entry;
-    if (probeHash(key, entry)) {
-        const i32 lower = scoreFromTable(entry.lowerScore, ply);
-        if (entry.lowerDepth >= depth && lower >= beta) return lower;
-        const i32 upper = scoreFromTable(entry.upperScore, ply);
-        if (entry.upperDepth >= depth && upper < beta) return upper;
-    }
+    i32 score;
+    if (probeHash(key, entry) && cutsZws(entry, ply, beta, depth, score)) return score;
 
     const i32 mobility = searchFrames[ply + 1].ownMobility;
     i32 best = ply - mateScore;
     for (i32 i = 0; i < list.count; ++i) {
         const Move move = list.moves[i];
         if (move == excluded || !tryMove(move)) continue;
-        const i32 score = -Descent::zws(ply + 1, 1 - beta, depth);
+        score = -Descent::zws(ply + 1, 1 - beta, depth);
         unmakeMove();
         if (score >= beta) {
             storeLowerBound(ply, key.hashHigh, key.hashLow, score, depth, move, state.fiftyMoves, mobility);
@@ -177,7 +178,7 @@ i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move exclud
     return best;
 }
 
-// All moves of the node, the most promising first. Returns the history table that their tags were made with.
+// Generates all moves, the most promising first. Returns the history table that their tags were made with.
 [[gnu::always_inline]] inline HistoryTable& generateInOrder(SearchFrame& frame, i32 margin, Move hashMove) {
     generateAllMoves(frame.list);
     HistoryTable& table = historyTableFor(margin);
@@ -188,19 +189,21 @@ i32 singularTest(int ply, i32 depth, i32 beta, const MoveList& list, Move exclud
 
 struct ChildDepths {
     i32 full;
-    i32 tried;  // at first
+    i32 tried;  // of the first search
 };
 
-// The depths for the move that has just been made: less by a reduction, or more for a check, never both.
+// The depths for the move that has just been made. Either late move reduction
+// (https://www.chessprogramming.org/Late_Move_Reductions) or a check extension, never both.
 [[gnu::always_inline]] inline ChildDepths childDepths(i32 newDepth, i32 reduction) {
     if (reduction > 0) return {newDepth, std::max(newDepth - reduction, 0)};
     const i32 depth = inCheck() ? newDepth + checkExtension : newDepth;
     return {depth, depth};
 }
 
-// Steps 1 and 2 of both node functions: the ends that need no look at the position's moves. True with the
-// node's score.
+// Steps 1 and 2 of both node functions. True with the score of the node.
 [[gnu::always_inline]] inline bool endsAtEntry(int ply, i32 beta, i32 depth, i32& score) {
+    // Step 1. Mate distance pruning (https://www.chessprogramming.org/Mate_Distance_Pruning), against beta
+    // only: no score is below that of being mated here.
     if (searchStopped()) {
         score = stopValue;
         return true;
@@ -210,11 +213,12 @@ struct ChildDepths {
         score = evaluateForSideToMove();
         return true;
     }
-    // Mate distance: nothing here is worth more than being mated right now costs.
     if (beta <= ply - mateScore) {
         score = ply - mateScore;
         return true;
     }
+
+    // Step 2. Draws and endgame tables.
     setUpFrame(ply);
     if (isDrawnByRule()) {
         score = drawScore;
@@ -228,7 +232,8 @@ template <class Descent>
     i32 score;
     if (endsAtEntry(ply, beta, depth, score)) return score;
 
-    // Step 3. The table, and internal deepening where it knows nothing.
+    // Step 3. Transposition table, and internal iterative deepening
+    // (https://www.chessprogramming.org/Internal_Iterative_Deepening) where it has no entry.
     SearchFrame& frame = searchFrames[ply];
     ZwsHashUse hash;
     HashEntry entry;
@@ -237,12 +242,12 @@ template <class Descent>
     } else {
         bool found = false;
         if (depth >= internalDeepeningDepth) {
-            if (depth >= twofoldDeepeningDepth) Descent::zwsRaced(ply, beta, depth - 16);
-            Descent::zwsRaced(ply, beta, depth - 8);
+            if (depth >= twofoldDeepeningDepth) Descent::zwsRaced(ply, beta, depth - 4 * onePly);
+            Descent::zwsRaced(ply, beta, depth - 2 * onePly);
             found = probeHash(*searchPosition.state, entry);
             if (found && hash.take(entry, ply, beta, depth, score)) return score;
         }
-        if (!found) scanMobility(ply);
+        if (!found) countMobility(ply);
     }
 
     prefetchNullMove();
@@ -252,25 +257,26 @@ template <class Descent>
     frame.inCheck = inCheck();
     const i32 margin = beta - evaluateNode(ply);
 
-    // Step 5. Null move, verified at great depth. Nothing is stored.
+    // Step 5. Null move (C. Donninger, "Null Move and Deep Search", ICCA Journal 16/3, 1993), verified at
+    // great depth (https://www.chessprogramming.org/Null_Move_Pruning). Nothing is stored.
     if (margin <= 0 && !frame.inCheck && searchPosition.state[-1].move != nullMove &&
         !pawnGuardForbidsNullMove()) {
         makeNullMove();
         score = -Descent::zwsRaced(ply + 1, 1 - beta, nullMoveDepth(depth));
         unmakeNullMove();
         if (score >= beta && depth >= verificationDepth) {
-            score = std::min(score, Descent::zwsRaced(ply, beta, depth - 28));
+            score = std::min(score, Descent::zwsRaced(ply, beta, depth - 7 * onePly));
         }
         if (score >= beta) return score;
     }
 
-    // Step 6. All moves in the order of their tags; without a known cut move the order of a deep node is
-    // drawn by lot.
+    // Step 6. All moves in the order of their tags; without a known cut move those of a deep node are
+    // shuffled.
     MoveList& list = frame.list;
     HistoryTable& table = generateInOrder(frame, margin, hash.hashMove);
     if (depth > shuffleAboveDepth && !hash.hasCutMove) shuffleMoves(list, 0, list.count - 1);
 
-    const i32 newDepth = frame.inCheck ? depth - 4 + checkExtension : depth - 4;
+    const i32 newDepth = frame.inCheck ? depth - onePly + checkExtension : depth - onePly;
     i32 best = ply - mateScore;
     i32 legal = 0;
     BigMove bigMove;
@@ -288,14 +294,14 @@ template <class Descent>
         // Step 8. Reduction, or an extension for a check.
         auto [full, tried] = childDepths(newDepth, tag < reducedBelow ? reductionOf(tag) : 0);
 
-        // Step 9. Search the child, in full if the reduced search reaches beta.
-        score = -Descent::zwsBehind(hash.hasCutMove, ply + 1, 1 - beta, tried);
+        // Step 9. Search the child, at full depth if the reduced search reaches beta.
+        score = -Descent::zwsMove(hash.hasCutMove, ply + 1, 1 - beta, tried);
         if (score >= beta && tried != full) {
-            score = -Descent::zwsBehind(hash.hasCutMove, ply + 1, 1 - beta, full);
+            score = -Descent::zwsMove(hash.hasCutMove, ply + 1, 1 - beta, full);
         }
         unmakeMove();
 
-        // Step 10. A cut.
+        // Step 10. A beta cut.
         if (score >= beta) {
             if (wasQuiet()) {
                 updateKillers(frame, piece, move);
@@ -305,13 +311,13 @@ template <class Descent>
             return score;
         }
 
-        // Step 11. A failure.
-        penaliseHistory(table, piece, moveTo(move));
+        // Step 11. A fail-low.
+        penalizeHistory(table, piece, moveTo(move));
         best = std::max(best, score);
         bigMove.endMove(move);
     }
 
-    // Step 12. No move reached beta.
+    // Step 12. Mate, stalemate, or an upper bound.
     if (legal == 0) return storeMateOrStalemate(ply, depth);
     storeNodeUpperBound(ply, best, depth, bigMove.hint());
     return best;
@@ -322,13 +328,13 @@ template <class Descent>
     i32 score;
     if (endsAtEntry(ply, beta, depth, score)) return score;
 
-    // Step 3. The table gives a move and the mobility here, never a score.
+    // Step 3. The transposition table gives a move and the mobility, never a score.
     SearchFrame& frame = searchFrames[ply];
     HashEntry entry;
     bool found = probeHash(*searchPosition.state, entry);
     if (!found && depth >= internalDeepeningDepth) {
-        if (depth >= twofoldDeepeningDepth) Descent::open(ply, alpha, beta, depth - 16);
-        Descent::open(ply, alpha, beta, depth - 8);
+        if (depth >= twofoldDeepeningDepth) Descent::open(ply, alpha, beta, depth - 4 * onePly);
+        Descent::open(ply, alpha, beta, depth - 2 * onePly);
         found = probeHash(*searchPosition.state, entry);
     }
     Move hashMove = nullMove;
@@ -336,22 +342,19 @@ template <class Descent>
         searchFrames[ply + 1].ownMobility = entry.mobility;
         hashMove = entry.lowerMove;
     } else {
-        scanMobility(ply);
+        countMobility(ply);
     }
 
     // Step 4. Static evaluation.
     frame.inCheck = inCheck();
     const i32 margin = beta - evaluateNode(ply);
 
-    // Step 5 of a zero-window node is missing: an open window is never passed.
-
-    // Step 6. All moves in the order of their tags; behind the first the order of a deep node is drawn by
-    // lot.
+    // Step 6. All moves in the order of their tags; those of a deep node are shuffled, the first excepted.
     MoveList& list = frame.list;
     HistoryTable& table = generateInOrder(frame, margin, hashMove);
     if (depth > shuffleAboveDepth) shuffleMoves(list, 1, list.count - 1);
 
-    const i32 newDepth = frame.inCheck ? depth - 4 + checkExtension : depth - 4;
+    const i32 newDepth = frame.inCheck ? depth - onePly + checkExtension : depth - onePly;
     i32 best = ply - mateScore;
     Move bestMove = nullMove;
     bool raised = false;
@@ -371,7 +374,7 @@ template <class Descent>
         // Step 8. Reduction, or an extension for a check.
         auto [full, tried] = childDepths(newDepth, tag < reducedBelow ? openWindowReduction : 0);
 
-        // Step 9. A zero window first, behind the first move.
+        // Step 9. The zero window, for all moves but the first.
         if (!openWindow) {
             score = -Descent::zws(ply + 1, -alpha, tried);
             if (score > alpha) {
@@ -380,7 +383,7 @@ template <class Descent>
             }
         }
 
-        // Step 10. The open window, again at a greater depth if the move had been reduced or proves singular.
+        // The open window, again at a greater depth if the move was reduced or proves singular.
         bool singularDone = false;
         while (openWindow) {
             score = -Descent::open(ply + 1, -beta, -alpha, tried);
@@ -389,8 +392,9 @@ template <class Descent>
                 singularDone = true;
                 unmakeMove();
                 const i32 bound = score - singularMargin;
-                if (singularTest<Descent>(ply, tried - 16, bound, list, move) < bound)
+                if (singularTest<Descent>(ply, tried - singularReduction, bound, list, move) < bound) {
                     full += singularExtension;
+                }
                 makeMove(move);
             }
             if (tried >= full) break;
@@ -399,14 +403,8 @@ template <class Descent>
         unmakeMove();
         openWindow = false;
 
-        // Step 11. A failure, a cut, or a new best line.
-        if (score <= alpha) {
-            penaliseHistory(table, piece, moveTo(move));
-            if (score > best) {
-                best = score;
-                bestMove = move;
-            }
-        } else {
+        if (score > alpha) {
+            // Step 10. A new principal variation, or a beta cut.
             if (wasQuiet()) {
                 updateKillers(frame, piece, move);
                 rewardHistory(table, piece, moveTo(move), depth);
@@ -418,11 +416,18 @@ template <class Descent>
             alpha = best = score;
             bestMove = move;
             raised = true;
+        } else {
+            // Step 11. A fail-low.
+            penalizeHistory(table, piece, moveTo(move));
+            if (score > best) {
+                best = score;
+                bestMove = move;
+            }
         }
         bigMove.endMove(move);
     }
 
-    // Step 12. Between equal bounds the score is exact.
+    // Step 12. Mate, stalemate, or the bounds: a score that raised alpha is exact.
     if (legal == 0) return storeMateOrStalemate(ply, depth);
     if (raised) storeNodeLowerBound(ply, best, depth, bestMove);
     storeNodeUpperBound(ply, best, depth, bigMove.hint());
@@ -448,7 +453,8 @@ i32 alphaBetaZws(int ply, i32 beta, i32 depth) {
 }
 
 i32 alphaBetaEntry(i32 ncount, i32 alpha, i32 beta, i32 distance, bool allowSplit) {
-    if (!allowSplit || distance < openRaceDepth) return alphaBeta(ncount, alpha, beta, distance);
+    // A job without depth is a full node here.
+    if (!allowSplit || distance < 1) return alphaBeta(ncount, alpha, beta, distance);
     return SplitDescent::open(ncount, alpha, beta, distance);
 }
 

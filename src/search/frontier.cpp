@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "chess/move_generation.h"
-#include "chess/piece_values.h"
 #include "search/alpha_beta.h"
 #include "search/move_ordering.h"
 #include "search/node.h"
@@ -11,9 +10,10 @@ namespace valku {
 
 namespace {
 
-constexpr i32 futilityMargin = 30;
+constexpr i32 futilityMargin = 30;  // hundredths of a pawn
+constexpr i32 acceptedDepth = 1;    // of a table entry: any but that of quiescence bounds which are no cuts
 
-// One frontier node: what its stages hand on to each other.
+// What the stages of a frontier node share.
 struct FrontierNode {
     const int ply;
     const i32 beta;
@@ -25,13 +25,18 @@ struct FrontierNode {
 
     i32 score = 0;  // of the move tried last
 
-    // Answers a move with quiescence. True if that reaches beta, which ends the node with `score`.
+    // Steps 7 to 11 for one move. True if it reaches beta, which ends the node with `score`.
     bool reachesBeta(Move move) {
+        // Step 7. Make the move.
         const u8 piece = searchPosition.board[moveFrom(move)];
         if (!tryMove(move)) return false;
         bigMove.startMove();
+
+        // Step 9. Search the child.
         score = -quiesceZws(ply + 1, 1 - beta);
         unmakeMove();
+
+        // Step 10. A beta cut.
         if (score >= beta) {
             if (wasQuiet()) {
                 updateKillers(frame, piece, move);
@@ -40,8 +45,10 @@ struct FrontierNode {
             storeNodeLowerBound(ply, score, frontierDepth, move);
             return true;
         }
+
+        // Step 11. A fail-low.
         ++legal;
-        penaliseHistory(table, piece, moveTo(move));
+        penalizeHistory(table, piece, moveTo(move));
         best = std::max(best, score);
         bigMove.endMove(move);
         return false;
@@ -50,13 +57,8 @@ struct FrontierNode {
 
 // Generates the captures with the first one to try in front.
 void prepareCaptures(MoveList& list) {
-    const Position& p = searchPosition;
     generateCaptures(list, 0);
-    for (i32 i = 0; i < list.count; ++i) {
-        const Move move = list.moves[i];
-        list.scores[i] =
-            5 * pieceValueByCode[p.board[moveTo(move)]] - pieceValueByCode[p.board[moveFrom(move)]];
-    }
+    for (i32 i = 0; i < list.count; ++i) list.scores[i] = mvvLva(list.moves[i], 5);
     if (list.count == 0) return;
     selectBest(list, 0);
     prefetchChild(list.moves[0]);
@@ -77,7 +79,7 @@ void prepareQuietMoves(MoveList& list, const HistoryTable& table) {
 }  // namespace
 
 i32 frontierZws(int ply, i32 beta) {
-    // Step 1. Ends that need no look at the position's moves.
+    // Steps 1 and 2. Stop, horizon, endgame tables, mate distance, draws.
     if (searchStopped()) return stopValue;
     ++nodeCount;
     if (ply >= horizonPly) return evaluateForSideToMove();
@@ -90,7 +92,7 @@ i32 frontierZws(int ply, i32 beta) {
 
     prefetchNullMove();
 
-    // Step 2. The table. Depths count only as zero or not.
+    // Step 3. Transposition table.
     SearchFrame& frame = searchFrames[ply];
     MoveList& list = frame.list;
     Move hashMove = nullMove;
@@ -98,10 +100,7 @@ i32 frontierZws(int ply, i32 beta) {
     HashEntry entry;
     if (probeHash(*searchPosition.state, entry)) {
         searchFrames[ply + 1].ownMobility = entry.mobility;
-        const i32 lower = scoreFromTable(entry.lowerScore, ply);
-        if (entry.lowerDepth && lower >= beta) return lower;
-        const i32 upper = scoreFromTable(entry.upperScore, ply);
-        if (entry.upperDepth && upper < beta) return upper;
+        if (cutsZws(entry, ply, beta, acceptedDepth, score)) return score;
         if (isPseudoLegal(entry.lowerMove)) {
             hashMove = entry.lowerMove;
         } else if (isPseudoLegal(entry.upperMove)) {
@@ -114,10 +113,12 @@ i32 frontierZws(int ply, i32 beta) {
         capturesReady = true;
     }
 
-    // Step 3. Null move. Two of them may follow each other here.
+    // Step 4. Static evaluation.
     frame.inCheck = inCheck();
     const i32 staticEval = evaluateNode(ply);
     const i32 margin = beta - staticEval;
+
+    // Step 5. Null move, even after another one.
     if (margin <= 0 && !frame.inCheck) {
         makeNullMove();
         score = -quiesceZws(ply + 1, 1 - beta);
@@ -127,10 +128,10 @@ i32 frontierZws(int ply, i32 beta) {
 
     FrontierNode node{ply, beta, frame, historyTableFor(margin), best};
 
-    // Step 4. The hash move. It stays in the later stages and may be searched again.
+    // Step 6, first stage. The hash move. It stays in the later stages and may be searched again.
     if (hashMove && node.reachesBeta(hashMove)) return node.score;
 
-    // Step 5. Captures.
+    // Second stage. Captures.
     if (!capturesReady) prepareCaptures(list);
     for (i32 i = 0; i < list.count; ++i) {
         if (i + 1 < list.count) {
@@ -140,7 +141,8 @@ i32 frontierZws(int ply, i32 beta) {
         if (node.reachesBeta(list.moves[i])) return node.score;
     }
 
-    // Step 6. Quiet moves, unless the static evaluation is so far below beta that they are taken to fail.
+    // Third stage. Quiet moves, or none of them: futility pruning
+    // (https://www.chessprogramming.org/Futility_Pruning) if the static evaluation is far below beta.
     if (margin > futilityMargin && !frame.inCheck) {
         node.best = std::max(node.best, staticEval + futilityMargin);
         ++node.legal;
@@ -152,6 +154,7 @@ i32 frontierZws(int ply, i32 beta) {
         }
     }
 
+    // Step 12. Mate, stalemate, or an upper bound.
     if (node.legal == 0) return storeMateOrStalemate(ply, frontierDepth);
     storeNodeUpperBound(ply, node.best, frontierDepth, node.bigMove.hint());
     return node.best;

@@ -4,8 +4,6 @@
 
 namespace valku {
 
-HistoryTable historyTables[6];
-
 void linkHistoryTables() {
     constexpr i32 penalties[6] = {32, 16, 8, 4, 2, 1};
     for (int i = 0; i < 6; ++i) {

@@ -46,7 +46,7 @@ constexpr i32 goodHistoryBonus = 0x200000;
         }
         tag = quietDiscoveredCheckTag;
     } else if (quiet) {
-        // The bounded test answers the one question that matters here, and it is cheaper.
+        // Only the sign of the exchange against the limit matters here: the bounded evaluation is cheaper.
         tag = exchangeBound(move, safeLimit) >= safeLimit ? safeQuietTag : losingTag;
     } else if (const i32 exchange = staticExchange(move); exchange < safeLimit) {
         tag = losingTag;

@@ -5,9 +5,9 @@
 
 namespace valku {
 
-// Reads the line behind `position` back from the hash table: at most 41 moves, closed by 0. It ends at the
-// first entry without a lower-bound move, at a move that is not playable, and where a position comes round a
-// second time. `position` is copied.
+// Reads the principal variation after `position` back from the transposition table
+// (https://www.chessprogramming.org/Principal_Variation): at most 41 moves, ended by 0. It stops at the first
+// entry without a lower-bound move, at a move that cannot be played, and when a position repeats.
 void rebuildPv(const Position& position, Line& pv);
 
 }  // namespace valku

@@ -16,7 +16,7 @@ void takeBack() {
 
 std::string rebuilt() {
     Line line{};
-    line.moves[maxLineMoves] = 99;
+    std::fill(line.moves, std::end(line.moves), 99);
     rebuildPv(searchPosition, line);
     std::string text;
     for (int i = 0; line.moves[i]; ++i) text += notation(line.moves[i]) + ' ';
@@ -38,7 +38,7 @@ TEST(PrincipalVariation, EndsWhereTheTableKnowsNothingGood) {
             makeMove(move);
         }
         takeBack();
-        EXPECT_EQ(rebuilt(), moves);  // and not round the circle once more
+        EXPECT_EQ(rebuilt(), moves);  // and not around the circle a second time
     }
     setPosition(startPositionFen);
     HashEntry& first = hashTable[searchPosition.state->hashLow & hashMask].entries[0];
