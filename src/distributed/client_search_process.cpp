@@ -11,13 +11,13 @@ namespace valku {
 
 namespace {
 
-// No client writes lines of that length. What follows one is not waited for.
+// No client writes lines of that length; the rest of one is not waited for.
 constexpr std::size_t longestPending = 65536;
 
 }  // namespace
 
 void AbstractClientSearchProcess::startThread() {
-    inError = !hasThread();
+    inError = !ensureThread();
 }
 
 void AbstractClientSearchProcess::sendMessage(std::string_view text) {
@@ -25,20 +25,12 @@ void AbstractClientSearchProcess::sendMessage(std::string_view text) {
     writeData(text);
 }
 
-void AbstractClientSearchProcess::startSearch(const Position& position, i32 ncount, i32 alpha, i32 beta,
-                                              i32 distance, bool zws, Event* anyFinished) {
-    idle = false;
+void AbstractClientSearchProcess::startSearch(const Position& position, const SearchJob& newJob,
+                                              Event* anyFinished) {
     copyPosition(jobPosition, position);
-    job = {ncount, alpha, beta, distance, zws};
-    anyFinishedEvent = anyFinished;
-    finished = false;
+    takeJob(newJob, anyFinished);
     jobEvent.signal();
     jobSent.wait();
-}
-
-SearchResult* AbstractClientSearchProcess::getResult(SearchResult* destination) {
-    *destination = result;
-    return destination;
 }
 
 void AbstractClientSearchProcess::quit() {
@@ -53,13 +45,12 @@ void AbstractClientSearchProcess::awaitThread() {
 
 void AbstractClientSearchProcess::run() {
     for (;;) {
-        idle = true;
         jobEvent.wait();
         if (leaving) break;
         doneEvent.reset();
         work();
     }
-    // A search that is being shut down may still come with a job.
+    // A search that is being shut down may still hand out a job.
     inError = true;
     jobSent.signal();
     doneEvent.signal();
@@ -67,7 +58,7 @@ void AbstractClientSearchProcess::run() {
 }
 
 void AbstractClientSearchProcess::work() {
-    // An answer that no job has asked for would be taken for the answer to this one.
+    // An answer that no job asked for would be taken for the answer to this one.
     const bool unasked = !pending.empty() || (hasData() && receive() && !pending.empty());
     if (!unasked) sendMessage(composeJob(jobPosition, job));
     jobSent.signal();
@@ -80,10 +71,10 @@ void AbstractClientSearchProcess::work() {
         return;
     }
     result = *answer;
-    completeJob(anyFinishedEvent, "ACSP");
+    completeJob("ACSP");
 }
 
-// Nothing that comes from this client can be counted on any more. Whoever waits for it is woken.
+// The client is out of use for good. Whoever waits for it is woken.
 void AbstractClientSearchProcess::fail(const std::string& response) {
     inError = true;
     constexpr std::size_t shown = 1023;

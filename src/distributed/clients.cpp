@@ -5,15 +5,14 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
-#include "distributed/client_settings.h"
 #include "distributed/local_client.h"
+#include "distributed/own_search_processes.h"
 #include "distributed/process_lists.h"
 #include "distributed/process_role.h"
 #include "distributed/remote_client.h"
-#include "distributed/root_search_process.h"
-#include "distributed/standard_search_process.h"
 #include "platform/clock.h"
 #include "platform/format_text.h"
 #include "platform/process.h"
@@ -26,16 +25,21 @@ namespace {
 
 using Proxy = std::shared_ptr<AbstractClientSearchProcess>;
 
-// The proxies of this process, each until its client has ended: wherever the end of the process comes upon a
-// change, no living client is overlooked. Under the lock.
+// Holds for the next two.
 Mutex ownerMutex;
+
+// Set by quitAllClients, read by whoever makes a client.
 bool processEnds = false;
+
+// The proxies of this process, each from before it takes part until its client has ended: whatever changes at
+// the moment at which the process ends, no living client is overlooked.
 std::vector<Proxy>& proxies() {
     static std::vector<Proxy> owned;
     return owned;
 }
 
-// The children of a caller listen for callers of their own and are no clients of it; it only holds them.
+// The children of a remotecaller listen for callers of their own and are no clients of it; it only holds
+// them. Of the thread that reads the commands.
 std::vector<std::unique_ptr<ChildProcess>>& listeningChildren() {
     static std::vector<std::unique_ptr<ChildProcess>> children;
     return children;
@@ -56,7 +60,7 @@ std::vector<Proxy> owned(bool (*isMeant)(const Proxy&)) {
     return chosen;
 }
 
-// Says quit to all, and gives them one second together. They stay owned.
+// Sends quit to all and gives them one second together; then they are killed. They stay owned.
 void endClients(const std::vector<Proxy>& clients) {
     constexpr double patienceSeconds = 1;
     for (const Proxy& client : clients) removeProcess(*client);
@@ -77,7 +81,7 @@ void endAndForget(const std::vector<Proxy>& clients) {
     for (const Proxy& client : clients) std::erase(proxies(), client);
 }
 
-// Has a new client take part, unless it is in error. False if it is, or if there is no room for it.
+// Lets a new client take part. False, and the client is ended, if it is in error or the lists are full.
 bool enter(const Proxy& proxy) {
     if (proxy->inError) return false;
     bool tooLate = false;
@@ -91,11 +95,11 @@ bool enter(const Proxy& proxy) {
     return false;
 }
 
-// Room for one proxy more is made while there is no client yet that would have to be ended again. What
-// `local` needs to race is had here too, so that no search can fail for it.
+// Makes room for one proxy more before there is a client that would have to be ended if there were none. The
+// same holds for the thread that `local`, the racer of this process, needs beside its first client.
 template <class MakeProxy>
-bool startClient(bool localIsReady, MakeProxy makeProxy) {
-    if (!localIsReady) return false;
+bool startClient(AbstractSearchProcess& local, const MakeProxy& makeProxy) {
+    if (!local.ensureThread()) return false;
     {
         const std::lock_guard lock(ownerMutex);
         proxies().reserve(proxies().size() + 1);
@@ -112,7 +116,7 @@ std::vector<std::string> sharedTableArguments(const char* role, i32 number) {
 }
 
 bool startRacingChild(i32 number) {
-    return startClient(standardSearchProcess.hasThread(), [number] {
+    return startClient(standardSearchProcess, [number] {
         return std::make_shared<LocalClientSearchProcess>(ownProgramPath(programPath),
                                                           sharedTableArguments("localclient", number));
     });
@@ -139,10 +143,10 @@ bool startChild(i32 number) {
     }
 }
 
-// Whoever got fewer clients than wanted has most likely come to a limit of the system. What the last one has
-// taken may be what the next search needs for its timer.
+// Fewer clients than wanted most likely means a limit of the system. What the last one took may be what the
+// next search needs for its timer.
 void makeRoomForSearch() {
-    if (allProcesses().size() >= maxSearchProcesses) return;  // it was only the lists that were full
+    if (allProcesses().size() >= maxSearchProcesses) return;  // only the lists were full
     const std::vector<Proxy> children = owned(isLocal);
     if (!children.empty()) endAndForget({children.back()});
 }
@@ -156,6 +160,10 @@ void reportRefusal(const std::string& text) {
 }
 
 }  // namespace
+
+void addRemotePeer(std::string host, u16 port) {
+    if (remotePeers.size() < maxSearchProcesses) remotePeers.push_back({std::move(host), port});
+}
 
 void createLocalClients() {
     if (!hasChildren()) return;
@@ -184,7 +192,7 @@ void addLocalClient() {
 void addRemoteClient(const std::string& host, u16 port) {
     if (processRole != roleRoot) return;
     try {
-        startClient(rootSearchProcess->hasThread(),
+        startClient(*rootSearchProcess,
                     [&] { return std::make_shared<RemoteClientSearchProcess>(host, port); });
     } catch (const std::exception&) {
         reportRefusal("The system gives no room for one more client");

@@ -17,7 +17,7 @@ i32 LocalClientSearchProcess::readData() {
     const ChildProcess::Output output = child.readSome(text, readPatienceMs);
     if (output == ChildProcess::Output::none) return 0;
     if (output == ChildProcess::Output::ended) {
-        child.hasEnded();  // the system may forget it
+        child.hasEnded();  // collects its exit status
         readBuffer[0] = '\n';
         return 1;
     }

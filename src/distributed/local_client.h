@@ -10,8 +10,8 @@ namespace valku {
 // A second copy of this program as a child process, on two pipes. It shares the hash table.
 class LocalClientSearchProcess final : public AbstractClientSearchProcess {
   public:
-    // Starts the child; inError if the system does not start it. Whether the child is fit for work shows with
-    // the first job.
+    // Starts the child; inError if the system does not start it. Whether the child can work shows in the
+    // first job.
     LocalClientSearchProcess(const std::string& programPath, const std::vector<std::string>& arguments);
 
     std::string name() const override { return "localClient"; }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <mutex>
 
-#include "distributed/root_search_process.h"
+#include "distributed/own_search_processes.h"
 #include "platform/mutex.h"
 
 namespace valku {
@@ -11,9 +11,10 @@ namespace valku {
 namespace {
 
 Mutex listMutex;
-ProcessList processes;
+ProcessList processes;  // under listMutex
 
-// How many there are, for those who only want to know whether there is any.
+// How many of a kind are in the list. Written under listMutex; read without it by those who only ask whether
+// there is any.
 SharedNumber localCount{0};
 SharedNumber remoteCount{0};
 

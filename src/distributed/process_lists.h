@@ -4,8 +4,8 @@
 
 #include "distributed/search_process.h"
 
-// The search processes of this engine. Clients may be added while a search runs; they leave only between
-// searches or at the very end.
+// The search processes that take part in the searches of this engine. Clients may be added while a search
+// runs; they leave only between searches or when the process ends. StandardSearchProcess is in no list.
 
 namespace valku {
 
@@ -13,7 +13,7 @@ constexpr int maxSearchProcesses = 128;
 
 using ProcessList = std::vector<AbstractSearchProcess*>;
 
-// The lists as they stand at this moment, in order of creation. Any thread.
+// The lists as they are at this moment, in order of creation. Any thread, as the next three.
 ProcessList allProcesses();  // the root first, then all clients
 ProcessList localClients();
 ProcessList remoteClients();
@@ -29,7 +29,7 @@ bool enterProcess(AbstractSearchProcess& process);
 void removeProcess(const AbstractSearchProcess& client);
 
 // Tells all processes that may be given a job that a new search begins: remote clients, local clients, the
-// root.
+// root. On the thread that hands out the jobs, between two searches.
 void prepareSearches();
 
 }  // namespace valku

@@ -12,8 +12,8 @@ namespace valku {
 
 namespace {
 
-// For all clients together. One that works confirms a stop in a fraction of a millisecond, if the machine has
-// time for it.
+// How long a race waits for all clients together. A client that works confirms its stop within a fraction of
+// a millisecond, if the machine has time for it.
 constexpr double graceSeconds = 0.020;
 constexpr double graceOfStoppedSearch = 0.005;
 
@@ -24,8 +24,7 @@ void startAll(ProcessList& racers, const RaceCourse& course, const ProcessList& 
         if (!process.isAvailable()) return;
         racers.push_back(&process);
         process.doneEvent.reset();
-        process.startSearch(position, job.ncount, job.alpha, job.beta, job.distance, job.zws,
-                            &course.anyFinished);
+        process.startSearch(position, job, &course.anyFinished);
     };
     start(course.local);
     for (AbstractSearchProcess* const client : clients) start(*client);
@@ -36,42 +35,41 @@ std::string clientFailure(const RaceCourse& course, std::size_t index, const Pos
            course.function + ")! position: " + writeFen(position);
 }
 
-// A stop of the whole search cuts the time short also while it runs.
+// A stop of the whole search shortens the time, also while it runs.
 bool isGraceOver(double since) {
     const double used = steadySeconds() - since;
     return used >= (stopSignalOutside() ? graceOfStoppedSearch : graceSeconds);
 }
 
-bool comesToRest(AbstractSearchProcess& process, double since) {
+bool confirmsStop(AbstractSearchProcess& process, double since) {
     constexpr u32 sliceMs = 1;
-    if (process.doneEvent.waitFor(0)) return true;  // it may be late for the others that this one is asked
+    if (process.doneEvent.waitFor(0)) return true;  // the clients before it may have used up the time
     while (!isGraceOver(since)) {
         if (process.doneEvent.waitFor(sliceMs)) return true;
     }
     return false;
 }
 
-// Waits for the racers to come to rest, for the local one as long as it takes, and passes by those that do
-// not. Adds up what they have counted.
-void awaitRest(const ProcessList& racers, const RaceCourse& course, const Position& position,
-               RaceResult& result) {
+// Waits for all racers to confirm their stop, for the local one as long as it takes, and passes by those that
+// do not. Adds up what they have counted.
+void awaitStops(const ProcessList& racers, const RaceCourse& course, const Position& position,
+                RaceResult& result) {
     course.local.doneEvent.wait();
     const double since = steadySeconds();
     for (std::size_t index = 0; index < racers.size(); ++index) {
         AbstractSearchProcess& process = *racers[index];
         const bool isLocal = &process == &course.local;
-        if (!isLocal && !process.inError && !comesToRest(process, since)) {
+        if (!isLocal && !process.inError && !confirmsStop(process, since)) {
             process.passBy(clientFailure(course, index, position));
         }
         if (!process.finished) continue;
-        SearchResult partial;
-        const u64 nodes = process.getResult(&partial)->nodes;
+        const u64 nodes = process.getResult().nodes;
         if (isLocal) result.localNodes = nodes;
         if (&process != result.by) result.totalNodes += nodes;
     }
 }
 
-// The lines of a round in which nobody has finished, though somebody said so.
+// For a round in which nobody has finished, though anyFinished was signalled.
 void reportFailure(const RaceCourse& course, const Position& position, const SearchJob& job,
                    std::size_t racers) {
     appendDiagnostic(raceErrors, std::string(course.function) + ", position: " + writeFen(position));
@@ -90,7 +88,7 @@ void noteWinner(const RaceCourse& course, const SearchJob& job, std::size_t inde
 
 RaceResult race(const RaceCourse& course, const ProcessList& clients, const Position& position,
                 const SearchJob& wanted) {
-    // What a client would cut off must not be searched here either, or the results would not compare.
+    // A client searches no deeper, so nobody does: the results would not compare.
     SearchJob job = wanted;
     job.distance = std::min(job.distance, deepestJob);
     ProcessList racers;
@@ -107,7 +105,7 @@ RaceResult race(const RaceCourse& course, const ProcessList& clients, const Posi
                          [](const AbstractSearchProcess* process) -> bool { return process->finished; });
         RaceResult result;
         if (winner != racers.end()) {
-            (*winner)->getResult(&result.winner);
+            result.winner = (*winner)->getResult();
             result.by = *winner;
             result.totalNodes = result.winner.nodes;
             noteWinner(course, job, static_cast<std::size_t>(winner - racers.begin()));
@@ -117,10 +115,10 @@ RaceResult race(const RaceCourse& course, const ProcessList& clients, const Posi
 
         // Step 3. The others stop, and are waited for.
         for (AbstractSearchProcess* const process : racers) process->requestStop();
-        awaitRest(racers, course, position, result);
+        awaitStops(racers, course, position, result);
         clearStop(course.stopOfLocal);
 
-        // Step 4. A wake-up from an old signal: nobody has won. Everybody starts again.
+        // Step 4. The signal was an old one and nobody has won: everybody starts again.
         if (result.by) return result;
     }
 }

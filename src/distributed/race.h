@@ -6,14 +6,14 @@
 
 namespace valku {
 
-// What distinguishes the two places where a node is raced.
+// What distinguishes the two functions that race a node.
 struct RaceCourse {
     const char* function;          // as the diagnostic files name it
     const char* client;            // what kind of clients take part
-    AbstractSearchProcess& local;  // the racer of this process; never given up
+    AbstractSearchProcess& local;  // the racer of this process; always waited for
     StopByte stopOfLocal;          // what stops it
     Event& anyFinished;
-    std::string (*describe)(const SearchJob& job, int racers);  // a round without a winner, for the file
+    std::string (*describe)(const SearchJob& job, int racers);  // for the file: a round without a winner
 };
 
 struct RaceResult {
@@ -27,7 +27,7 @@ struct RaceResult {
 // finished and stops the others. All of them search the whole subtree; no work is divided.
 //
 // The calling thread only waits: searchPosition, the frames and the counters are the local racer's until the
-// race is over. A client that does not confirm its stop at once is left behind, and takes part again when it
+// race is over. A client that does not confirm its stop at once is passed by, and takes part again when it
 // has: nobody waits for it.
 RaceResult race(const RaceCourse& course, const ProcessList& clients, const Position& position,
                 const SearchJob& job);

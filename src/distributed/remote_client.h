@@ -8,11 +8,11 @@ namespace valku {
 // A copy of the engine on another machine, or on this one, reached by TCP. It has a hash table of its own.
 class RemoteClientSearchProcess final : public AbstractClientSearchProcess {
   public:
-    // Calls the peer; a peer that did not get its port is looked for on the next ones. inError if there is
-    // none. Waits for some seconds at the most.
+    // Calls the peer, at 30 ports from `port` on: a peer that finds its port taken listens on the next free
+    // one. inError if none answers. Waits for some seconds at the most.
     RemoteClientSearchProcess(const std::string& host, u16 port);
 
-    // With the port that has answered.
+    // With the port that answered.
     std::string name() const override;
 
     bool hasEnded() override { return true; }
@@ -27,7 +27,7 @@ class RemoteClientSearchProcess final : public AbstractClientSearchProcess {
     bool connect();
 
     const std::string peerHost;
-    u16 peerPort;
+    u16 peerPort;  // the one that answered
     Socket socket;
 };
 

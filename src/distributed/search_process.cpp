@@ -10,23 +10,28 @@ namespace valku {
 
 namespace {
 
-constexpr double stopPatienceSeconds = 3;
+constexpr double stopPatienceSeconds = 3;  // for the answer to a job whose stop was requested
 
 }  // namespace
 
-bool AbstractSearchProcess::hasThread() {
+bool AbstractSearchProcess::ensureThread() {
     const std::lock_guard lock(threadStart);
     if (!threadStarted) threadStarted = tryStart();
     return threadStarted;
 }
 
-bool AbstractSearchProcess::passBy(const std::string& complaint) {
+void AbstractSearchProcess::takeJob(const SearchJob& newJob, Event* anyFinished) {
+    job = newJob;
+    anyFinishedEvent = anyFinished;
+    finished = false;
+}
+
+void AbstractSearchProcess::passBy(const std::string& complaint) {
     const std::lock_guard lock(endOfJob);
-    if (finished || inError) return false;
+    if (finished || inError) return;
     passingComplaint = complaint;
     patienceEnd = steadySeconds() + stopPatienceSeconds;
     passedBy = true;
-    return true;
 }
 
 void AbstractSearchProcess::checkPatience() {
@@ -37,13 +42,13 @@ void AbstractSearchProcess::checkPatience() {
     appendDiagnostic(connectionErrors, diagnosticTime() + passingComplaint);
 }
 
-void AbstractSearchProcess::completeJob(Event* anyFinished, const char* recovered) {
+void AbstractSearchProcess::completeJob(const char* recovered) {
     {
         // The signals belong to the step: a caller that sees the job completed may start the next one.
         const std::lock_guard lock(endOfJob);
         if (!passedBy) {
             finished = true;
-            if (anyFinished) anyFinished->signal();
+            if (anyFinishedEvent) anyFinishedEvent->signal();
             doneEvent.signal();
             return;
         }

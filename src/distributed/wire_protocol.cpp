@@ -1,6 +1,7 @@
 #include "distributed/wire_protocol.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "chess/move_text.h"
 #include "chess/side.h"
@@ -12,6 +13,11 @@ namespace {
 
 constexpr std::string_view answerWord = "cabresult ";
 constexpr std::size_t longestAnswer = 1023;
+
+// The longest history that leaves the stack room for a search.
+constexpr int mostHistory = 300;
+
+constexpr i32 widestBound = 32000;
 
 std::string squareList(const u8* list) {
     std::string text;
@@ -65,6 +71,47 @@ void readLine(std::string_view text, Line& line) {
     line.moves[count] = nullMove;
 }
 
+// The next number of a text, after blanks; 0 if there is none, the largest if it does not fit.
+i32 takeNumberOrZero(std::string_view& text) {
+    skipSeparators(text);
+    return takeNumber<i32>(text, std::numeric_limits<i32>::max()).value_or(0);
+}
+
+bool takeByte(std::string_view& text, u8& byte) {
+    const i32 number = takeNumberOrZero(text);
+    if (number < 0 || number > std::numeric_limits<u8>::max()) return false;
+    byte = static_cast<u8>(number);
+    return true;
+}
+
+void takeKey(std::string_view& text, StateRecord& record) {
+    record.hashLow = static_cast<u32>(takeNumberOrZero(text));
+    record.hashHigh = static_cast<u32>(takeNumberOrZero(text));
+}
+
+// The squares of one man, up to the colon or the letter after them. False if the text is no such group.
+bool takeGroup(std::string_view& text, u8 man, Position& p) {
+    while (!text.empty() && text.front() >= '0' && text.front() <= '9') {
+        const i32 square = takeNumberOrZero(text);
+        if (square < 0 || square > lastSquare || !onBoard(square)) return false;
+        const bool isLastRank = rankOf(square) == 0 || rankOf(square) == 7;
+        if ((man & pawnFlag) && isLastRank) return false;
+        if (p.board[square] != empty || !placeMan(p, man, square)) return false;
+        takeMark(text, ' ');
+    }
+    return true;
+}
+
+bool takeMen(std::string_view& text, Position& p) {
+    constexpr u8 men[] = {WhitePawn, WhiteKnight, WhiteBishop, WhiteRook, WhiteQueen, WhiteKing,
+                          BlackPawn, BlackKnight, BlackBishop, BlackRook, BlackQueen, BlackKing};
+    for (const u8 man : men) {
+        if (!takeGroup(text, man, p)) return false;
+        if (man != BlackKing && !takeMark(text, ':')) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::string composeJob(const Position& p, const SearchJob& job) {
@@ -81,6 +128,52 @@ std::string composeJob(const Position& p, const SearchJob& job) {
             std::to_string(job.beta) + " " + std::to_string(job.distance) + " " + (job.zws ? "1" : "0") +
             "\n";
     return text;
+}
+
+bool parseMen(std::string_view text, Position& p) {
+    clearPosition(p);
+    if (!takeMen(text, p) || !(text.starts_with('w') || text.starts_with('b'))) return false;
+    p.sideToMove = text.starts_with('w') ? White : Black;
+    computeDerived(p);
+    return true;
+}
+
+bool parseCastlings(std::string_view text, Position& p) {
+    return std::ranges::all_of(p.state->castlings, [&](u8& square) { return takeByte(text, square); });
+}
+
+bool parseEpField(std::string_view text, Position& p) {
+    return takeByte(text, p.state->epField);
+}
+
+bool parseFiftyMoves(std::string_view text, Position& p) {
+    return takeByte(text, p.state->fiftyMoves);
+}
+
+void parseKey(std::string_view text, Position& p) {
+    takeKey(text, *p.state);
+}
+
+bool parseHistory(std::string_view text, Position& p) {
+    const StateRecord current = *p.state;
+    p.state = p.states;
+    const auto isAtEnd = [&] {
+        skipSeparators(text);
+        return text.empty() || text.front() == ';';
+    };
+    for (int count = 0; count < mostHistory && !isAtEnd(); ++count) takeKey(text, *p.state++);
+    *p.state = current;
+    return isAtEnd();
+}
+
+SearchJob parseJobNumbers(std::string_view text) {
+    takeNumberOrZero(text);
+    SearchJob job;
+    job.alpha = std::clamp(takeNumberOrZero(text), -widestBound, widestBound);
+    job.beta = std::clamp(takeNumberOrZero(text), -widestBound, widestBound);
+    job.distance = std::clamp(takeNumberOrZero(text), 0, deepestJob);
+    job.zws = takeNumberOrZero(text) != 0;
+    return job;
 }
 
 std::string composeResult(const SearchResult& result) {
@@ -101,7 +194,7 @@ std::optional<SearchResult> parseResult(std::string_view response) {
         !takeNumberAndBlank(response, result.tbHits)) {
         return {};
     }
-    // No search gives more than a mate; whoever says so cannot be counted on.
+    // No search gives more than a mate, so this is no answer of one.
     if (result.value > mateScore || result.value < -mateScore) return {};
     readLine(response, result.pv);
     return result;

@@ -22,4 +22,9 @@ struct Command {
     unsigned openTo = 0;  // bits of Audience
 };
 
+// The arguments in the rest of a line: all after the one separator that ends the word.
+constexpr std::string_view argumentsOf(std::string_view rest) {
+    return rest.substr(rest.empty() ? 0 : 1);
+}
+
 }  // namespace valku

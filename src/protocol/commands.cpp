@@ -31,11 +31,6 @@ namespace valku {
 
 namespace {
 
-// The text after the word and one separator, where the arguments begin.
-std::string_view argumentsOf(std::string_view rest) {
-    return rest.substr(rest.empty() ? 0 : 1);
-}
-
 void createRemoteClient(std::string_view rest) {
     std::string_view text = argumentsOf(rest);
     const std::string host(takeField(text));
@@ -59,15 +54,6 @@ constexpr Command commands[] = {
     {"rmmove", Match::prefix, [](std::string_view rest) { removeMoveFromBook(argumentsOf(rest)); }},
     {"server_createlocalclient", Match::prefix, [](std::string_view) { addLocalClient(); }},
     {"server_createremoteclient", Match::prefix, createRemoteClient},
-    {"client_alphabeta", Match::prefix, [](std::string_view rest) { startJob(argumentsOf(rest)); }, caller},
-    {"client_preparesearch", Match::prefix, [](std::string_view) { prepareJobs(); }, caller},
-    {"client_pos", Match::prefix, [](std::string_view rest) { receivePosition(argumentsOf(rest)); }, caller},
-    {"client_castlings", Match::prefix, [](std::string_view rest) { receiveCastlings(argumentsOf(rest)); }, caller},
-    {"client_epfield", Match::prefix, [](std::string_view rest) { receiveEpField(argumentsOf(rest)); }, caller},
-    {"client_50moves", Match::prefix, [](std::string_view rest) { receiveFiftyMoves(argumentsOf(rest)); }, caller},
-    {"client_hash", Match::prefix, [](std::string_view rest) { receiveKey(argumentsOf(rest)); }, caller},
-    {"client_history", Match::prefix, [](std::string_view rest) { receiveHistory(argumentsOf(rest)); }, caller},
-    {"client_stop", Match::prefix, [](std::string_view) { stopJob(); }, caller},
     {"time", Match::prefix, [](std::string_view rest) { setClock(argumentsOf(rest)); }},
     {"sd", Match::prefix, [](std::string_view rest) { setDepth(argumentsOf(rest)); }},
     {"level", Match::prefix, [](std::string_view rest) { setLevel(argumentsOf(rest)); }},
@@ -128,7 +114,10 @@ void refuseLine() {
 }
 
 void dispatchForCaller(std::string_view line) {
-    if (dispatchAmong(commands, line, caller) || dispatchAmong(uciCommands, line, caller)) return;
+    if (dispatchAmong(clientCommands(), line) || dispatchAmong(commands, line, caller) ||
+        dispatchAmong(uciCommands, line, caller)) {
+        return;
+    }
     if (!line.empty()) refuseLine();
 }
 

@@ -9,7 +9,6 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/piece_values.h"
-#include "distributed/client_settings.h"
 #include "distributed/clients.h"
 #include "distributed/process_lists.h"
 #include "distributed/process_role.h"

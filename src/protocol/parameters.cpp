@@ -8,8 +8,8 @@
 
 #include "book/book_settings.h"
 #include "chess/piece_values.h"
-#include "distributed/client_settings.h"
-#include "distributed/peer_socket.h"
+#include "distributed/clients.h"
+#include "distributed/listening_port.h"
 #include "distributed/process_role.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"

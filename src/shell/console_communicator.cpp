@@ -77,13 +77,13 @@ void ConsoleCommunicator::status(std::string_view text) {
 }
 
 void ConsoleCommunicator::farewell(std::string_view text) {
-    if (rolePort != 0) return onlookers.tell(text);
+    if (rolePort != 0) return background.write(text);
     const std::unique_lock lock = lockWithin(outputMutex, patienceMs);
     if (lock) writeStandardOutput(text, patienceMs);
 }
 
-void ConsoleCommunicator::awaitOnlookers() {
-    onlookers.awaitEnd(patienceMs);
+void ConsoleCommunicator::awaitBackgroundOutput() {
+    background.awaitEnd(patienceMs);
 }
 
 bool ConsoleCommunicator::hasInputEnded() const {
@@ -102,7 +102,7 @@ void ConsoleCommunicator::refuseLongLine() {
 
 // In pieces, so that a slow reader of a long text differs from one that has stopped reading.
 void ConsoleCommunicator::write(std::string_view text) {
-    if (rolePort != 0) return onlookers.tell(text);
+    if (rolePort != 0) return background.write(text);
     constexpr std::size_t longestPiece = 16384;
     writing = true;
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), longestPiece))) {

@@ -9,7 +9,7 @@
 #include "platform/shared_value.h"
 #include "platform/text_sink.h"
 #include "platform/thread.h"
-#include "shell/onlookers.h"
+#include "shell/background_output.h"
 #include "shell/peer_connection.h"
 
 namespace valku {
@@ -42,7 +42,7 @@ class ConsoleCommunicator final : public Thread, public TextSink {
 
     // The last text of a process; waits a limited time for other output to finish.
     void farewell(std::string_view text);
-    void awaitOnlookers();
+    void awaitBackgroundOutput();
 
     // How many pieces of text have been written, and whether one is being written: it waits if nobody reads.
     u32 piecesWritten() const { return written; }
@@ -76,7 +76,7 @@ class ConsoleCommunicator final : public Thread, public TextSink {
     Mutex outputMutex;  // may be held for as long as nobody reads
     Mutex logMutex;     // always taken last, and never held for long
     NewFile logFile;
-    Onlookers onlookers;
+    BackgroundOutput background;  // stands for standard output where there is a port
     SharedFlag inputEnded{false};
     SharedFlag writing{false};  // under the output mutex, as the next
     SharedValue<u32> written{0};

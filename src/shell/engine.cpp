@@ -10,10 +10,10 @@
 #include "chess/fen.h"
 #include "chess/tables.h"
 #include "distributed/clients.h"
-#include "distributed/peer_socket.h"
+#include "distributed/listening_port.h"
+#include "distributed/own_search_processes.h"
 #include "distributed/process_lists.h"
 #include "distributed/process_role.h"
-#include "distributed/root_search_process.h"
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
 #include "platform/clock.h"
@@ -73,7 +73,7 @@ void shutDownOnce() {
     constexpr int patienceMs = 10000;
     static Mutex ending;
     if (startedUp && lockWithin(ending, patienceMs).release()) shutDownProcess();
-    communicator.awaitOnlookers();
+    communicator.awaitBackgroundOutput();
 }
 
 class Shell final : public EngineServices {

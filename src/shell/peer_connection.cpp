@@ -9,14 +9,14 @@
 namespace valku {
 
 bool PeerConnection::awaitCaller(u16 port) {
-    while (listenAndAccept(doorkeeper.listener, connection, port) != 0) {
+    while (listenAndAccept(portGuard.listener, connection, port) != 0) {
         appendDiagnostic(startErrors, "CC: could not listen on port " + std::to_string(port));
         if (port == std::numeric_limits<u16>::max()) return false;
         ++port;
     }
     open = true;
     textSink->status("Socket created on port " + std::to_string(port) + "!\n");
-    doorkeeper.start();
+    portGuard.start();
     return true;
 }
 
@@ -41,7 +41,7 @@ bool PeerConnection::takeLine(std::string& line) {
     return true;
 }
 
-// Behind the piece of a line that is there already; the network cuts lines where it likes.
+// Appends to the piece of a line that is there already: the network cuts lines anywhere.
 bool PeerConnection::receive() {
     std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(position),
               buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.begin());

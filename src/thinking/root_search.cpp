@@ -8,7 +8,7 @@
 #include "chess/attacks.h"
 #include "chess/make_move.h"
 #include "chess/move_generation.h"
-#include "distributed/split_root_search.h"
+#include "distributed/split_search.h"
 #include "eval/evaluate.h"
 #include "search/history.h"
 #include "search/move_ordering.h"

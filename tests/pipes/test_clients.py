@@ -256,7 +256,7 @@ class Tables(ClientTest):
         low, dead, alive = (self.parent(clients) for clients in (0, 2, 1))
         tree = [dead.process.pid, *self.clients(dead, 2)]
         for number, pid in itertools.product((signal.SIGSTOP, signal.SIGKILL), tree):
-            os.kill(pid, number)  # all at once, so that nobody can clear up behind another
+            os.kill(pid, number)  # all at once, so that nobody can clear up after another
         dead.expected_end.add(-signal.SIGKILL)
         dead.wait()
         self.wait_for_end(tree)
@@ -302,7 +302,7 @@ class Faults(ClientTest):
         wait_until(lambda: self.diagnostics(player), "the end of the engine's patience")
         self.check_complaints(player, SILENT)
         index, fen = re.fullmatch(SILENT, self.diagnostics(player)["connerr"]).groups()
-        self.assertEqual(index, "2")  # behind this process and the other client
+        self.assertEqual(index, "2")  # after this process and the other client
         board = Board(MIDDLE_GAME)
         self.assertIn(fen.split()[:4], [board.play(move).fen().split()[:4] for move in board.moves()])
         seen = player.ready()

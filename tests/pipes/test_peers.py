@@ -28,7 +28,7 @@ OVERRUN = r"ConsoleCommunicator::getLine\(\): Warning: buffer overrun detected!"
 FAILED = "T put client in error state (ACPS::run)!"
 LOST = ["T put client in error state (ACPS::getNextMessage)!", FAILED, "response = err"]
 ANSWER = rf"cabresult -?\d+ \d+ \d+ 0 0 (?:{engine.PV})?"
-# Games behind which there is only one move, that move, and what a job then says of men, castling, en passant and moves.
+# Games after which there is only one move, that move, and what a job then says of men, castling, en passant and moves.
 NONE = "127 127 127 127"
 FORCED = (("k7/pp6/8/8/8/3Q4/2r5/R3K2R b KQ - 4 30", ["c2c5", "d3d8"], "c5c8",
            ":::0 7 :115 :4 :96 97 :::114 ::112 w", "0 7 127 127", 123, 7),
@@ -45,7 +45,7 @@ class PeerTest(ClientTest):
         return self.ready_engine(settings=SMALL + settings + peers)
 
     def server(self, port, children, role="remoteserver", settings=""):
-        """A peer that listens. With its children it is gone behind the test."""
+        """A peer that listens. With its children it is gone after the test."""
         settings += f"{SMALL}numberOfLocalClients={children}\n"
         server = self.engine(role, str(port), words=(), settings=settings)
         server.told = server.read_to(re.escape(LISTENING))
@@ -184,7 +184,7 @@ class RawBytes(PeerTest):
         self.answers = self.enterContext(self.line.makefile("r"))
 
     def check_mate(self, *pieces):
-        """A mate by the first move behind the root, which is at ply 1; and no line beside the answer."""
+        """A mate by the first move after the root, which is at ply 1; and no line beside the answer."""
         for piece in pieces:
             self.line.sendall(piece.encode())
         self.assertRegex(self.answers.readline(), r"^cabresult 29998 \d+ \d+ 0 0 a1a8\n$")

@@ -88,7 +88,7 @@ class ClientsThreads(ClientTest):
                 faults.append(number)
             best = player.answer().best
             clocks[board.white] -= time.monotonic() - begun - 0.03
-            self.assertGreater(clocks[board.white], 0, f"time lost behind {len(moves)} moves and {faults}")
+            self.assertGreater(clocks[board.white], 0, f"time lost after {len(moves)} moves and {faults}")
             self.assertTrue(board.find(best), f"{best} on {board.fen()}")
             earlier.append(board.identity())
             moves.append(best)

@@ -97,7 +97,7 @@ class StressThreads(engine.EngineTest):
             player.read_to("Benchmark .*|Error: this is no legal position.*")
             player.send("go")
             best = player.read_to("move .*")[-1].split()[1]
-            self.assertTrue(Board(POSITIONS[2]).find(best), f"{best} behind seed {seed}")
+            self.assertTrue(Board(POSITIONS[2]).find(best), f"{best} after seed {seed}")
             self.assertEqual(player.quit(), 0)
 
     def test_moves_in_the_instant_of_the_answer(self):

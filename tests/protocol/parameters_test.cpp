@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "book/book_settings.h"
-#include "distributed/client_settings.h"
+#include "distributed/clients.h"
 #include "eval/weights.h"
 #include "search/hash_table.h"
 #include "search/upward_calls.h"

@@ -2,12 +2,10 @@
 #include <vector>
 
 #include "chess/move_text.h"
+#include "distributed/own_search_processes.h"
 #include "distributed/process_lists.h"
 #include "distributed/race.h"
-#include "distributed/root_search_process.h"
-#include "distributed/split_root_search.h"
 #include "distributed/split_search.h"
-#include "distributed/standard_search_process.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_table.h"
 #include "platform/text_sink.h"
@@ -89,9 +87,7 @@ class Search : public ::testing::Test {
         setPosition(fen);
         rootSearchProcess->setJob(searchPosition, {1, 0, 50, depth, zws}, nullptr);
         rootSearchProcess->runRootSearch();
-        SearchResult result;
-        rootSearchProcess->getResult(&result);
-        return result;
+        return rootSearchProcess->getResult();
     }
 
     static std::string text(const Line& line) {
@@ -307,16 +303,16 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     fresh();
     process->setJob(searchPosition, {1, -50, 50, 24, false}, nullptr);
     process->runRootSearch();
-    process->getResult(&here);
+    here = process->getResult();
     EXPECT_GT(here.nodes, 1000u);
 
     fresh();
     Event any;
     process->doneEvent.reset();
-    process->startSearch(gamePosition, 1, -50, 50, 24, false, &any);
+    process->startSearch(gamePosition, {1, -50, 50, 24, false}, &any);
     process->doneEvent.wait();
     any.wait();
-    process->getResult(&there);
+    there = process->getResult();
     compare();
     EXPECT_EQ(there.pv.moves[0], here.pv.moves[0]);
     EXPECT_TRUE(process->finished);
@@ -325,14 +321,14 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     fresh();
     beginJob();
     nodeCount = 1000000;
-    helper->startSearch(searchPosition, 1, -50, 50, 24, false, nullptr);
+    helper->startSearch(searchPosition, {1, -50, 50, 24, false}, nullptr);
     helper->doneEvent.wait();
-    helper->getResult(&there);
+    there = helper->getResult();
     compare();
 
     // A job that is told to stop ends soon, whatever its depth.
     fresh();
-    process->startSearch(gamePosition, 1, -50, 50, 200, false, nullptr);
+    process->startSearch(gamePosition, {1, -50, 50, 200, false}, nullptr);
     process->requestStop();
     process->doneEvent.wait();
     EXPECT_FALSE(stopSignalOutside());
@@ -342,29 +338,20 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
 // Completes its jobs at once, or when it is told to.
 class Racer final : public AbstractSearchProcess {
   public:
-    explicit Racer(bool prompt) : AbstractSearchProcess(ProcessKind::localClient), isPrompt(prompt) {}
+    explicit Racer(bool prompt) : AbstractSearchProcess(ProcessKind::localClient), isPrompt(prompt) {
+        result.nodes = 7;
+    }
     void run() override {}
-    void startSearch(const Position&, i32, i32, i32, i32 distance, bool, Event* anyFinished) override {
-        distances.push_back(distance);
-        finished = false;
-        wakes = anyFinished;
+    void startSearch(const Position&, const SearchJob& newJob, Event* anyFinished) override {
+        distances.push_back(newJob.distance);
+        takeJob(newJob, anyFinished);
         if (isPrompt) complete();
     }
-    void complete() { completeJob(wakes, "racer"); }
+    void complete() { completeJob("racer"); }
     void requestStop() override {}
-    SearchResult* getResult(SearchResult* result) override {
-        result->nodes = 7;
-        return result;
-    }
-    i32 getAlpha() const override { return 0; }
-    i32 getBeta() const override { return 0; }
-    bool isIdle() const override { return false; }
-    void prepareSearch() override {}
-    void quit() override {}
     std::string name() const override { return "racer"; }
 
     const bool isPrompt;
-    Event* wakes = nullptr;
     std::vector<i32> distances;
 };
 

@@ -1,4 +1,4 @@
-#include "shell/onlookers.h"
+#include "shell/background_output.h"
 
 #include <mutex>
 
@@ -7,7 +7,7 @@
 
 namespace valku {
 
-void Onlookers::tell(std::string_view text) {
+void BackgroundOutput::write(std::string_view text) {
     {
         const std::lock_guard lock(mutex);
         if (waiting.size() + text.size() > mostWaiting) return;
@@ -18,7 +18,7 @@ void Onlookers::tell(std::string_view text) {
     wake.signal();
 }
 
-void Onlookers::awaitEnd(int milliseconds) {
+void BackgroundOutput::awaitEnd(int milliseconds) {
     const auto isDone = [this] {
         const std::lock_guard lock(mutex);
         return waiting.empty() && !writing;
@@ -26,7 +26,7 @@ void Onlookers::awaitEnd(int milliseconds) {
     for (int waited = 0; !isDone() && waited < milliseconds; ++waited) sleepMilliseconds(1);
 }
 
-void Onlookers::run() {
+void BackgroundOutput::run() {
     std::string texts;
     for (;;) {
         {

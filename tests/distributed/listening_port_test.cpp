@@ -1,4 +1,4 @@
-#include "distributed/caller_rule.h"
+#include "distributed/listening_port.h"
 
 #include <gtest/gtest.h>
 

@@ -1,19 +1,34 @@
-#include "distributed/root_search_process.h"
+#include "distributed/own_search_processes.h"
 
 #include "distributed/process_lists.h"
 #include "eval/pawn_table.h"
 #include "platform/fault.h"
 #include "search/hash_table.h"
+#include "search/search_state.h"
 #include "search/stop_word.h"
 
 namespace valku {
-
-std::unique_ptr<RootSearchProcess> rootSearchProcess;
 
 RootSearchProcess::RootSearchProcess(bool shareHash)
     : AbstractSearchProcess(ProcessKind::root), shareHashFlag(shareHash) {
     if (!createHashTable()) throw Fault("Could not map the file! Exiting now...");
     createPawnTable();
+}
+
+void RootSearchProcess::setJob(const Position& position, const SearchJob& newJob, Event* anyFinished) {
+    searchPosition = position;
+    takeJob(newJob, anyFinished);
+    job.ncount = 1;
+}
+
+void RootSearchProcess::startSearch(const Position& position, const SearchJob& newJob, Event* anyFinished) {
+    setJob(position, newJob, anyFinished);
+    if (!ensureThread()) start();
+    jobEvent.signal();
+}
+
+void RootSearchProcess::requestStop() {
+    setStop(stopRootProcess);
 }
 
 void RootSearchProcess::run() {
@@ -23,29 +38,10 @@ void RootSearchProcess::run() {
     }
 }
 
-void RootSearchProcess::setJob(const Position& position, const SearchJob& newJob, Event* anyFinished) {
-    idle = false;
-    searchPosition = position;
-    job = newJob;
-    job.ncount = 1;
-    anyFinishedEvent = anyFinished;
-    finished = false;
-}
-
-void RootSearchProcess::startSearch(const Position& position, i32 ncount, i32 alpha, i32 beta, i32 distance,
-                                    bool zws, Event* anyFinished) {
-    setJob(position, {ncount, alpha, beta, distance, zws}, anyFinished);
-    if (!hasThread()) start();
-    jobEvent.signal();
-}
-
-void RootSearchProcess::requestStop() {
-    setStop(stopRootProcess);
-}
-
-SearchResult* RootSearchProcess::getResult(SearchResult* destination) {
-    *destination = result;
-    return destination;
+void RootSearchProcess::runRootSearch() {
+    beginJob();
+    completeResult(result, runEntry(job, hasLocalClients()));
+    completeJob("rootSP");
 }
 
 // The owner of a table ages it; a process that only shares it does not. A table that nobody has marked needs
@@ -61,7 +57,7 @@ void RootSearchProcess::prepareSearch() {
     hashUsed = 0;
 }
 
-// What others may write to the table until the next search begins would not be aged or cleared: other engines
+// What others write to the table until the next search begins would not be aged or cleared: other engines
 // that share it, or a client that is late with its job.
 void RootSearchProcess::prepareAhead() {
     if (shareHashFlag || hashReadiness != HashReadiness::none) return;
@@ -77,12 +73,29 @@ void RootSearchProcess::prepareAhead() {
     }
 }
 
-void RootSearchProcess::runRootSearch() {
-    idle = false;
-    beginJob();
-    completeResult(result, runEntry(job, hasLocalClients()));
-    completeJob(anyFinishedEvent, "rootSP");
-    idle = true;
+void StandardSearchProcess::startSearch(const Position&, const SearchJob& newJob, Event* anyFinished) {
+    takeJob(newJob, anyFinished);
+    if (!ensureThread()) start();
+    jobEvent.signal();
+}
+
+void StandardSearchProcess::requestStop() {
+    setStop(stopStandardProcess);
+}
+
+void StandardSearchProcess::run() {
+    for (;;) {
+        jobEvent.wait();
+        const u64 nodesBefore = nodeCount;
+        const i32 probesBefore = tbProbes;
+        const i32 hitsBefore = tbHits;
+        result.value = runEntry(job, false);
+        result.nodes = nodeCount - nodesBefore;
+        result.selDepth = selDepth;
+        result.tbProbes = tbProbes - probesBefore;
+        result.tbHits = tbHits - hitsBefore;
+        completeJob("SSP");
+    }
 }
 
 }  // namespace valku
