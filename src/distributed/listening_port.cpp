@@ -44,6 +44,14 @@ constexpr u32 maskOf(u32 bits) {
     return bits == 0 ? 0 : ~u32{0} << (32 - bits);
 }
 
+std::optional<Network> parseNetwork(std::string_view text) {
+    const std::optional<u32> address = takeAddress(text);
+    if (!address) return {};
+    const std::optional<u32> bits = takeMark(text, '/') ? takeNumberUpTo(text, 32) : 32;
+    if (!bits || !text.empty()) return {};
+    return Network{*address, maskOf(*bits)};
+}
+
 // Of the settings. Written by acceptFrom, read by the main thread while it listens.
 std::vector<Network> furtherNetworks;
 
@@ -80,14 +88,6 @@ int acceptCaller(Socket& listener, Socket& connection) {
 }
 
 }  // namespace
-
-std::optional<Network> parseNetwork(std::string_view text) {
-    const std::optional<u32> address = takeAddress(text);
-    if (!address) return {};
-    const std::optional<u32> bits = takeMark(text, '/') ? takeNumberUpTo(text, 32) : 32;
-    if (!bits || !text.empty()) return {};
-    return Network{*address, maskOf(*bits)};
-}
 
 std::optional<std::vector<Network>> parseNetworks(std::string_view text) {
     const auto isSeparator = [](char c) { return c == ',' || c == ' ' || c == '\t'; };

@@ -8,9 +8,9 @@
 #include "chess/types.h"
 #include "platform/socket.h"
 
-// Where a process in a listening role takes its one call, and from whom. There is no secret between two
-// engines: whoever reaches the port from a network that may call is served, so a port that is open to the
-// whole world by mistake serves only the networks below.
+// Where a process in a listening role takes its one call, and from whom. Two engines share no secret: whoever
+// may call and reaches the port is served. A port that is open to the world by mistake serves nobody outside
+// the networks of mayCall.
 
 namespace valku {
 
@@ -39,12 +39,8 @@ struct Network {
     u32 mask;
 };
 
-// An address as in 10.1.2.3, which is a network of one, or a network as in 10.1.2.0/24. Nothing if the text
-// is neither.
-std::optional<Network> parseNetwork(std::string_view text);
-
-// Networks separated by commas, blanks or tabs. Nothing if one of them is malformed; there may be none at
-// all.
+// Networks as in 10.1.2.0/24, or addresses as in 10.1.2.3, which are networks of one; separated by commas,
+// blanks or tabs. Nothing if one of them is malformed; there may be none at all.
 std::optional<std::vector<Network>> parseNetworks(std::string_view text);
 
 // This machine, the private networks (RFC 1918), link-local addresses (RFC 3927) and `others` may call.

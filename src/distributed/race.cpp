@@ -15,7 +15,7 @@ namespace {
 // How long a race waits for all clients together. A client that works confirms its stop within a fraction of
 // a millisecond, if the machine has time for it.
 constexpr double graceSeconds = 0.020;
-constexpr double graceOfStoppedSearch = 0.005;
+constexpr double graceOfStoppedSearch = 0.005;  // if the whole search is to stop
 
 void startAll(ProcessList& racers, const RaceCourse& course, const ProcessList& clients,
               const Position& position, const SearchJob& job) {

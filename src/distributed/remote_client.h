@@ -15,7 +15,7 @@ class RemoteClientSearchProcess final : public AbstractClientSearchProcess {
     // With the port that answered.
     std::string name() const override;
 
-    bool hasEnded() override { return true; }
+    bool hasEnded() override { return true; }  // nobody waits for another machine
     void cutOff() override { socket.shutDown(); }
 
   protected:
