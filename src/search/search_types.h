@@ -18,11 +18,7 @@ constexpr int frameCount = 101;
 constexpr i32 onePly = 4;
 constexpr i32 frontierDepth = onePly;  // zero-window nodes up to this depth are frontier nodes
 
-constexpr i32 quarterPlies(i32 plies) {
-    return plies * onePly;
-}
-
-// Rounded down.
+// The plies of a depth, rounded down.
 constexpr i32 wholePlies(i32 depth) {
     return depth >> 2;
 }

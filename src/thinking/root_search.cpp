@@ -132,7 +132,7 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
             const bool badHistory = table.values[rootPosition.board[moveTo(move)]][moveTo(move)] < 0;
             const i32 plies = i > neverReduced && badHistory ? depth - 2 : depth - 1;
             const SearchResult result =
-                splitRootSearch(rootPosition, -alpha - 1, -alpha, quarterPlies(plies), true);
+                splitRootSearch(rootPosition, -alpha - 1, -alpha, plies * onePly, true);
             totalNodes += result.nodes;
             if (stopSignalOutside()) {
                 unmakeMove(rootPosition);
@@ -147,7 +147,7 @@ i32 alphaBetaRoot(i32 alpha, i32 beta, i32 depth) {
         // Step 3. The open window, wider and wider as long as the move fails high.
         for (int failHighs = 0;; ++failHighs) {
             const SearchResult result =
-                splitRootSearch(rootPosition, -beta, -alpha, quarterPlies(depth) - 4, false);
+                splitRootSearch(rootPosition, -beta, -alpha, (depth - 1) * onePly, false);
             if (stopSignalOutside()) {
                 unmakeMove(rootPosition);
                 return stopValue;
