@@ -7,9 +7,9 @@
 
 #include "chess/fen.h"
 #include "search/upward_calls.h"
+#include "tablebases/material_classes.h"
 #include "tablebases/probe.h"
 #include "tablebases/registration.h"
-#include "tablebases/table_classes.h"
 
 // A probe whose block is in the cache: the lookup of the class, the numbering and the walk to the byte. The
 // tables are files of zeros, which take no room on the disk.

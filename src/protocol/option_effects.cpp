@@ -17,6 +17,8 @@
 #include "eval/weights.h"
 #include "platform/fault.h"
 #include "platform/format_text.h"
+#include "platform/process.h"
+#include "platform/raw_io.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "protocol/engine_services.h"
@@ -100,6 +102,15 @@ std::string cacheSizeLine(const char* start) {
 
 }  // namespace
 
+void registerTablebases() {
+    try {
+        tbStartUp(TBPath);
+    } catch (const Fault& fault) {
+        writeStandardOutput(fault.text() + "\n");
+        exitProcess(1);
+    }
+}
+
 void applyHash(Parameter&, std::string_view value) {
     if (processRole == roleLocalClient || processRole == roleRemoteClient) return;
     const u64 buckets = bucketsForMegabytes(readNumber(value));
@@ -153,7 +164,7 @@ void applyNalimovPath(Parameter&, std::string_view value) {
     const std::string text = formatText("NalimovPath received: %s\nnew NalimovPath = %s\n",
                                         std::string(value).c_str(), TBPath.c_str()) +
                              cacheSizeLine("TB-cache = ");
-    tbStartUp(TBPath);
+    registerTablebases();
     sendText(text);
 }
 

@@ -9,6 +9,10 @@ namespace valku {
 
 struct Parameter;
 
+// Finds the tables of TBPath. One that does not fit ends the process with code 1 and a line on standard
+// output.
+void registerTablebases();
+
 void applyHash(Parameter& parameter, std::string_view value);
 void applyWeight(Parameter& parameter, std::string_view value);      // percent of the default
 void applyPieceValue(Parameter& parameter, std::string_view value);  // percent of the default

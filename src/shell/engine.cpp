@@ -30,6 +30,7 @@
 #include "protocol/engine_services.h"
 #include "protocol/game.h"
 #include "protocol/hash_report.h"
+#include "protocol/option_effects.h"
 #include "protocol/parameters.h"
 #include "protocol/protocol_mode.h"
 #include "protocol/uci.h"
@@ -279,7 +280,7 @@ void engineMain(const CommandLine& commandLine) {
     createRemoteClients();
     readBookFile();
     resetGame();
-    tbStartUp(TBPath);
+    registerTablebases();
     reportTablebases();
     mainLoop();
 }

@@ -7,8 +7,8 @@
 
 namespace valku {
 
-// Reads a run of bytes as bits, the most significant bit of each byte first. Behind the end come zeros;
-// overran() tells afterwards whether any of them were taken.
+// Reads bytes as bits, the most significant bit of each byte first. After the end come zeros; overran() tells
+// whether any of them were taken.
 class BitReader {
   public:
     explicit BitReader(std::span<const u8> bytes)
@@ -46,8 +46,8 @@ class BitReader {
     const u8* next;
     const u8* end;
     u64 window = 0;  // bits not taken yet, from the top
-    int held = 0;    // of them in the window
-    i64 left;        // bits up to the end; negative behind it
+    int held = 0;    // their number
+    i64 left;        // bits up to the end; negative after it
 };
 
 }  // namespace valku

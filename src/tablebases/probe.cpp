@@ -4,22 +4,23 @@
 #include <array>
 
 #include "chess/side.h"
-#include "tablebases/compressed_header.h"
+#include "tablebases/compressed_file.h"
+#include "tablebases/material_classes.h"
 #include "tablebases/table_cache.h"
-#include "tablebases/table_classes.h"
 #include "tablebases/table_entry.h"
 
 namespace valku {
 
 namespace {
 
-// Entries of kppkp with the second side to move whose loss takes longer than a byte can tell.
+// Entries of kppkp, the second side to move, whose loss takes longer than a byte can hold.
 constexpr int classOfLongLosses = 36;
 constexpr std::array<u64, 7> longLosses = {56802428, 56811076, 56849992, 56858640,
                                            59592489, 67775659, 71071628};
 constexpr i32 longLoss = -32639;
 
-// A byte counts moves from the mate upwards; the two that are left over go on where the others end.
+// The value of a one-byte entry: the longer the mate takes, the closer the byte is to 0. -127 and -128
+// continue the two scales past -1 and 1.
 i32 valueOfByte(i32 byte) {
     switch (byte) {
         case 0:
@@ -69,7 +70,7 @@ i32 probeTableValue(const Position& position) {
     if (!entryOfPosition(position, entry)) return noTableValue;
     const TbClass& record = classTable[entry.tbClass];
     const std::vector<TbFile>& files = record.files[record.fileSide(entry.side)];
-    // Whether the part that holds the entry is there, the cache will find out.
+    // The cache finds out whether the part that holds the entry is there.
     if (std::ranges::all_of(files, [](const TbFile& file) { return file.name.empty(); })) return noTableValue;
     return readTableValue(entry.tbClass, entry.side, entry.index);
 }

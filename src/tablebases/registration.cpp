@@ -5,15 +5,14 @@
 #include <fstream>
 #include <memory>
 
+#include "platform/fault.h"
 #include "platform/format_text.h"
-#include "platform/process.h"
 #include "platform/raw_io.h"
 #include "search/upward_calls.h"
-#include "tablebases/class_lookup.h"
-#include "tablebases/compressed_header.h"
-#include "tablebases/index_plan.h"
+#include "tablebases/compressed_file.h"
+#include "tablebases/index_layout.h"
+#include "tablebases/material_classes.h"
 #include "tablebases/table_cache.h"
-#include "tablebases/table_classes.h"
 
 namespace valku {
 
@@ -27,13 +26,8 @@ bool tbVerbose = false;
 namespace {
 
 constexpr std::size_t longestTablePath = 1023;
-// The last class whose compressed file may have a name of eight letters and three.
+// The last class whose compressed file may have a name of the 8.3 form, such as kqqkqnbw.emd.
 constexpr int lastShortNamedClass = 110;
-
-[[noreturn]] void fail(const std::string& line) {
-    writeStandardOutput(line);
-    exitProcess(1);
-}
 
 void tell(const std::string& line) {
     if (tbVerbose) writeStandardOutput(line);
@@ -77,19 +71,14 @@ bool findFile(FoundFile& file, const std::string& directory, const TbClass& tbCl
 
 std::unique_ptr<DecodeInfo> readHeader(FoundFile& file) {
     ++compressedFiles;
-    i32 error = 0;
-    std::unique_ptr<DecodeInfo> info = readCompressedHeader(file.stream, error);
-    if (!info) {
-        const i32 kind = errorKind(error);
-        fail("*** Unable to read " + file.path + " - " +
-             (kind == tbReadError     ? "read error\n"
-              : kind == tbOutOfMemory ? "out of memory\n"
-              : kind == tbBrokenFile  ? "file broken\n"
-                                      : formatText("error %d\n", error)));
+    std::unique_ptr<DecodeInfo> info;
+    try {
+        info = readCompressedHeader(file.stream);
+    } catch (const Fault& fault) {
+        throw Fault("*** Unable to read " + file.path + " - " + fault.text());
     }
-    if (info->blockSize != tableBlockSize) {
-        fail("*** " + file.path + ": Unsupported block size " + std::to_string(info->blockSize) + "\n");
-    }
+    if (info->blockSize != tableBlockSize)
+        throw Fault("*** " + file.path + ": Unsupported block size " + std::to_string(info->blockSize));
     tbMemoryUsed += static_cast<i64>(info->memoryUsed());
     return info;
 }
@@ -97,19 +86,19 @@ std::unique_ptr<DecodeInfo> readHeader(FoundFile& file) {
 u64 sizeOfPlainFile(FoundFile& file) {
     file.stream.seekg(0, std::ios::end);
     const std::streamoff size = file.stream.tellg();
-    if (size < 0) fail("*** Seek in " + file.path + " failed\n");
+    if (size < 0) throw Fault("*** Seek in " + file.path + " failed");
     return static_cast<u64>(size);
 }
 
-// Where only the numbering tells a table's length, its maker may have left out more numbers at the end than
-// we know to be of no use: it is believed down to a hundredth below the range.
+// Where a length is known from the index range alone, a table may lack more useless entries at its end than
+// usedTailEnd leaves out: up to a hundredth of the range is accepted.
 bool isPossibleCount(const TbClass& tbClass, int side, u64 count) {
-    const bool pawnsAndPieces = tbClass.hasPawns(0) && tbClass.hasPawns(1) && tbClass.hasPieces();
+    const bool pawnsAndPieces = tbClass.hasPawnsOnBothSides() && tbClass.hasPieces();
     const bool certain = tbClass.id < firstFiveMenClass || (tbClass.id < firstSixMenClass && !pawnsAndPieces);
-    const u64 most = certain ? tbClass.positions[side] : indexLimit(tbClass.id, side);
+    const u64 most = certain ? tbClass.positions[side] : indexLayout(tbClass.id, side).limit;
     const u64 least = certain ? most : most - most / 100;
     if (!tbClass.has(tbMultiPart)) return count >= least && count <= most;
-    // A part is full, or what a possible length leaves for the last.
+    // A part is full, or the rest of a possible length.
     const u64 chunk = tbPartBytes / tbClass.entrySize();
     return count == chunk || (count < chunk && (count + chunk - least % chunk) % chunk <= most - least);
 }
@@ -122,16 +111,41 @@ void checkCount(const TbClass& tbClass, int side, const std::string& path, u64 c
         expected = tbPartBytes / tbClass.entrySize();
         rest %= expected;
     }
-    fail("*** " + path + " corrupted " + std::to_string(expected) + " " + std::to_string(rest) + " " +
-         std::to_string(count) + "\n");
+    throw Fault("*** " + path + " corrupted " + std::to_string(expected) + " " + std::to_string(rest) + " " +
+                std::to_string(count));
 }
 
-void initDecodeBlock() {
-    if (compressedFiles == 0) return;
-    if (const i32 error = allocateDecodeBlock())
-        fail(formatText("*** Cannot allocate decode block: error code %d\n", error));
-    tell(formatText("Allocated %dKb for decompression tables, indices, and buffers.\n",
-                    static_cast<int>((tbMemoryUsed + 1023) / 1024)));
+// Looks for one file of a table. True if it is there, in this directory or an earlier one.
+bool registerFile(const std::string& directory, int tbClass, int side, int part) {
+    TbClass& record = classTable[tbClass];
+    std::vector<TbFile>& files = record.files[record.fileSide(side)];
+    TbFile& target = files[static_cast<std::size_t>(part)];
+    if (!target.name.empty()) return true;
+
+    FoundFile file;
+    if (!findFile(file, directory, record, side, part)) return false;
+    std::unique_ptr<DecodeInfo> info;
+    if (file.compressed) {
+        info = readHeader(file);
+        checkCount(record, side, file.path, info->decodedSize() / record.entrySize());
+    } else if (!record.has(tbTwoByte) && record.positions[side] < tbPartBytes) {
+        checkCount(record, side, file.path, sizeOfPlainFile(file));
+    }
+    registerMaterial(record);
+    const bool first = std::ranges::all_of(files, [](const TbFile& known) { return known.name.empty(); });
+    tell(file.path + (first ? " registered\n" : " found\n"));
+    target.name = std::move(file.path);
+    target.decodeInfo = std::move(info);
+    return true;
+}
+
+// True if at least the first part of the table is there.
+bool registerClassSide(const std::string& directory, int tbClass, int side) {
+    const TbClass& record = classTable[tbClass];
+    const int parts = static_cast<int>(record.files[record.fileSide(side)].size());
+    int part = 0;
+    while (part < parts && registerFile(directory, tbClass, side, part)) ++part;
+    return part != 0;
 }
 
 // The highest class that has a file in the directory, 0 if there is none.
@@ -148,49 +162,17 @@ int registerDirectory(const std::string& directory) {
 
 }  // namespace
 
-bool registerFile(const std::string& directory, int tbClass, int side, int part) {
-    TbClass& record = classTable[tbClass];
-    std::vector<TbFile>& files = record.files[record.fileSide(side)];
-    TbFile& slot = files[static_cast<std::size_t>(part)];
-    if (!slot.name.empty()) return true;
-
-    FoundFile file;
-    if (!findFile(file, directory, record, side, part)) return false;
-    std::unique_ptr<DecodeInfo> info;
-    if (file.compressed) {
-        info = readHeader(file);
-        checkCount(record, side, file.path, info->decodedSize() / record.entrySize());
-    } else if (!record.has(tbTwoByte) && record.positions[side] < tbPartBytes) {
-        checkCount(record, side, file.path, sizeOfPlainFile(file));
-    }
-    registerMaterial(record);
-    const bool first = std::ranges::all_of(files, [](const TbFile& known) { return known.name.empty(); });
-    tell(file.path + (first ? " registered\n" : " found\n"));
-    slot.name = std::move(file.path);
-    slot.decodeInfo = std::move(info);
-    return true;
-}
-
-bool registerClassSide(const std::string& directory, int tbClass, int side) {
-    const TbClass& record = classTable[tbClass];
-    const int parts = static_cast<int>(record.files[record.fileSide(side)].size());
-    int part = 0;
-    while (part < parts && registerFile(directory, tbClass, side, part)) ++part;
-    return part != 0;
-}
-
 void forgetTablebases() {
     filesTried = filesOpened = compressedFiles = 0;
     tbMemoryUsed = 0;
-    closeAllTbFiles(false);
-    initIndexPlans();
+    closeAllTbFiles();
+    initIndexLayouts();
     clearMaterial();
     for (TbClass& tbClass : classTable) {
         for (std::vector<TbFile>& files : tbClass.files) {
             for (TbFile& file : files) file = {};
         }
     }
-    freeDecodeBlock();
 }
 
 int initTablebases(const std::string& path) {
@@ -201,7 +183,10 @@ int initTablebases(const std::string& path) {
         highest = std::max(highest, registerDirectory(path.substr(start, end - start)));
         start = end + 1;
     }
-    initDecodeBlock();
+    if (compressedFiles != 0) {
+        tell(formatText("Allocated %dKb for decompression tables, indices, and buffers.\n",
+                        static_cast<int>((tbMemoryUsed + 1023) / 1024)));
+    }
     tell(formatText("Tried to open %d files. Opened %d files.\n", filesTried, filesOpened));
     return menOfClass(highest);
 }

@@ -4,13 +4,12 @@
 
 #include "chess/types.h"
 
-// Looks for table files. A file that is there but does not fit ends the process with status 1 and a line on
-// standard output.
+// Looks for the files of tables.
 
 namespace valku {
 
-// The directories of the tables, which commas or semicolons part; set with settings.ini and the option
-// NalimovPath.
+// The directories of the tables, separated by commas or semicolons; an empty element is the current
+// directory. From settings.ini and the option NalimovPath.
 extern std::string TBPath;
 
 // Of the last initTablebases.
@@ -19,21 +18,18 @@ extern i32 filesOpened;
 extern i32 compressedFiles;
 extern i64 tbMemoryUsed;  // bytes of decode information
 
-extern bool tbVerbose;  // tell on standard output what is found
+extern bool tbVerbose;  // report on standard output what is found
 
-// Forgets all files and looks for others in the directories of `path`, which commas or semicolons part. An
-// empty element is the current directory. Returns the men of the largest class found, 0 for none.
+// Forgets all files and looks for others in the directories of `path`; a file in an earlier directory wins.
+// Returns the men of the largest class found, kings included, 0 for none. Throws a Fault if a file is there
+// but does not fit its table, with the line that standard output gets before the process ends with code 1.
+// For the searching thread, or another one while no search runs.
 int initTablebases(const std::string& path);
 
-// The same, and makes the cache if there are tables. Sets largestTbMen. Only while no search runs.
+// The same, and makes the cache if there are tables. Sets largestTbMen.
 void tbStartUp(const std::string& path);
 
-// Closes and forgets all files.
+// Closes and forgets all files. On the same threads.
 void forgetTablebases();
-
-// True if at least the first part of the table is there, in this directory or in one before it.
-bool registerClassSide(const std::string& directory, int tbClass, int side);
-
-bool registerFile(const std::string& directory, int tbClass, int side, int part);
 
 }  // namespace valku

@@ -7,10 +7,10 @@
 #include <new>
 #include <span>
 
+#include "platform/fault.h"
 #include "platform/raw_io.h"
-#include "tablebases/block_decoder.h"
-#include "tablebases/compressed_header.h"
-#include "tablebases/table_classes.h"
+#include "tablebases/compressed_file.h"
+#include "tablebases/material_classes.h"
 
 namespace valku {
 
@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t cacheBytes = 33'554'432;
 constexpr i32 slotCount = 4062;
 constexpr std::size_t slotDataBytes = 8228;
-constexpr u32 bucketCount = 32;  // of each table; a block is in that of its number modulo this
+constexpr u32 bucketCount = 32;  // of each table; block b is in bucket b % bucketCount
 constexpr u32 blocksOfPart = static_cast<u32>(tbPartBytes / tableBlockSize);
 
 using SlotNumber = i32;
@@ -32,9 +32,7 @@ struct CacheSlot {
     i32 tbClass;
     i32 side;
     u32 block;
-    // By the time of the last use. Free slots are linked through `older` alone.
-    SlotNumber older, newer;
-    // The bucket's blocks.
+    SlotNumber older, newer;  // recency list; free slots are linked through `older` alone
     SlotNumber bucketNext, bucketPrev;
 };
 
@@ -51,7 +49,7 @@ SlotNumber oldest = noSlot;
 SlotNumber freeList = noSlot;
 std::array<std::array<std::array<SlotNumber, bucketCount>, 2>, tbClassCount> cacheBuckets;
 
-std::unique_ptr<DecodeBlock> decodeContext;
+DecodeBlock decodeContext;
 std::array<std::array<std::array<std::unique_ptr<std::ifstream>, tbMaxParts>, 2>, tbClassCount> openFiles;
 
 CacheSlot& slotAt(SlotNumber number) {
@@ -71,12 +69,12 @@ void makeNewest(SlotNumber number) {
     newest = number;
 }
 
-void takeOutOfAges(const CacheSlot& slot) {
+void unlinkFromRecency(const CacheSlot& slot) {
     (slot.newer != noSlot ? slotAt(slot.newer).older : newest) = slot.older;
     (slot.older != noSlot ? slotAt(slot.older).newer : oldest) = slot.newer;
 }
 
-void putInBucket(SlotNumber number) {
+void linkInBucket(SlotNumber number) {
     CacheSlot& slot = slotAt(number);
     SlotNumber& head = bucketHead(slot);
     slot.bucketNext = head;
@@ -85,17 +83,17 @@ void putInBucket(SlotNumber number) {
     head = number;
 }
 
-void takeOutOfBucket(const CacheSlot& slot) {
+void unlinkFromBucket(const CacheSlot& slot) {
     (slot.bucketPrev != noSlot ? slotAt(slot.bucketPrev).bucketNext : bucketHead(slot)) = slot.bucketNext;
     if (slot.bucketNext != noSlot) slotAt(slot.bucketNext).bucketPrev = slot.bucketPrev;
 }
 
-void putInFreeList(SlotNumber number) {
+void linkInFreeList(SlotNumber number) {
     slotAt(number).older = freeList;
     freeList = number;
 }
 
-// An unused slot, or the one that has not been used for the longest time.
+// A free slot, or the least recently used one.
 SlotNumber takeSlot() {
     SlotNumber number = freeList;
     if (number != noSlot) {
@@ -103,26 +101,26 @@ SlotNumber takeSlot() {
         return number;
     }
     number = oldest;
-    takeOutOfAges(slotAt(number));
-    takeOutOfBucket(slotAt(number));
+    unlinkFromRecency(slotAt(number));
+    unlinkFromBucket(slotAt(number));
     return number;
 }
 
 std::unique_ptr<std::ifstream> openFile(const std::string& name) {
     auto file = std::make_unique<std::ifstream>();
-    file->rdbuf()->pubsetbuf(nullptr, 0);  // whole blocks are read, to their place
+    file->rdbuf()->pubsetbuf(nullptr, 0);  // unbuffered: whole blocks are read, to their place
     file->open(name, std::ios::binary);
     if (!file->is_open()) file.reset();
     return file;
 }
 
-// Reads a block of a file without compression. The last one of a file may be short.
+// Reads a block of a plain file. The last one of a file may be short. False if `offset` is not in it.
 bool readPlainBlock(std::ifstream& file, u32 block, u32 offset, bool twoByte, std::span<u8> data) {
     file.clear();
     file.seekg(static_cast<std::streamoff>(u64{block} * tableBlockSize));
     file.read(reinterpret_cast<char*>(data.data()), static_cast<std::streamsize>(data.size()));
     if (file.bad()) return false;
-    // A file that has become shorter than its table has no values where they were.
+    // What a file that was cut short lacks holds "no value".
     const auto size = static_cast<std::size_t>(file.gcount());
     for (std::size_t place = size; place < data.size(); ++place)
         data[place] = twoByte && place % 2 == 0 ? 0xFF : 0x7F;
@@ -138,19 +136,24 @@ bool readBlock(const CacheSlot& slot, u32 offset, std::span<u8> data) {
     const u32 block = slot.block - part * blocksOfPart;
     const auto readFrom = [&](std::ifstream& file) {
         if (!tbFile.decodeInfo) return readPlainBlock(file, block, offset, tbClass.has(tbTwoByte), data);
-        return decodeContext && decodeBlock(*decodeContext, file, *tbFile.decodeInfo, block, data) == 0;
+        try {
+            decodeBlock(decodeContext, file, *tbFile.decodeInfo, block, data);
+            return true;
+        } catch (const Fault&) {
+            return false;
+        }
     };
 
     std::unique_ptr<std::ifstream>& file =
         openFiles[static_cast<u32>(slot.tbClass)][static_cast<u32>(slot.side)][part];
     if (!file) file = openFile(tbFile.name);
     if (!file) {
-        closeAllTbFiles(false);  // there may be too many of them
+        closeAllTbFiles();  // there may be more than the system allows
         file = openFile(tbFile.name);
     }
     if (file && readFrom(*file)) return true;
     file.reset();
-    tbFile.name.clear();  // no later probe counts on it
+    tbFile.name.clear();
     return false;
 }
 
@@ -162,29 +165,19 @@ void initCache() {
         writeStandardOutput("Not enough memory for TB-Cache!\n");
         return;
     }
-    closeAllTbFiles(false);
+    closeAllTbFiles();
     cacheSlots = slotCount;
     newest = oldest = freeList = noSlot;
-    for (SlotNumber number = slotCount - 1; number >= 0; --number) putInFreeList(number);
+    for (SlotNumber number = slotCount - 1; number >= 0; --number) linkInFreeList(number);
     for (auto& sides : cacheBuckets) {
         for (auto& buckets : sides) buckets.fill(noSlot);
     }
 }
 
-void closeAllTbFiles(bool force) {
-    if (!force && cacheSlots == 0) return;
+void closeAllTbFiles() {
     for (auto& sides : openFiles) {
         for (auto& parts : sides) std::ranges::fill(parts, nullptr);
     }
-}
-
-i32 allocateDecodeBlock() {
-    decodeContext.reset(new (std::nothrow) DecodeBlock);
-    return decodeContext ? 0 : errorAt(14, tbOutOfMemory);
-}
-
-void freeDecodeBlock() {
-    decodeContext.reset();
 }
 
 i32 readTableByte(int tbClass, int side, u32 block, u32 offset) {
@@ -195,12 +188,12 @@ i32 readTableByte(int tbClass, int side, u32 block, u32 offset) {
         CacheSlot& slot = slotAt(number);
         if (slot.block != block) continue;
         if (number != newest) {
-            takeOutOfAges(slot);
+            unlinkFromRecency(slot);
             makeNewest(number);
         }
         if (number != head) {
-            takeOutOfBucket(slot);
-            putInBucket(number);
+            unlinkFromBucket(slot);
+            linkInBucket(number);
         }
         return byteOf(number);
     }
@@ -211,11 +204,11 @@ i32 readTableByte(int tbClass, int side, u32 block, u32 offset) {
     slot.side = side;
     slot.block = block;
     if (!readBlock(slot, offset, std::span(area->data[number]).first<tableBlockSize>())) {
-        putInFreeList(number);
+        linkInFreeList(number);
         return noTableByte;
     }
     makeNewest(number);
-    putInBucket(number);
+    linkInBucket(number);
     return byteOf(number);
 }
 

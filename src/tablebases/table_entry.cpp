@@ -2,9 +2,9 @@
 
 #include "chess/attacks.h"
 #include "chess/side.h"
-#include "tablebases/class_lookup.h"
-#include "tablebases/index_plan.h"
-#include "tablebases/table_classes.h"
+#include "tablebases/index_layout.h"
+#include "tablebases/material_classes.h"
+#include "tablebases/position_index.h"
 
 namespace valku {
 
@@ -13,7 +13,7 @@ namespace {
 void placeMen(Position& position, const TbClass& tbClass, int side, const TbMen& men) {
     constexpr u8 codes[tbTypes] = {WhitePawn, WhiteKnight, WhiteBishop, WhiteRook, WhiteQueen};
     const auto place = [&](u8 code, u8 square) {
-        placeMan(position, side == 0 ? code : otherColor(code), makeSquare(square & 7, square >> 3));
+        placeMan(position, side == 0 ? code : otherColor(code), makeSquare(file64(square), rank64(square)));
     };
     for (std::size_t type = 0; type < tbTypes; ++type) {
         for (u8 i = 0; i < tbClass.men[side][type]; ++i) place(codes[type], men[type * 3 + i]);
@@ -75,8 +75,8 @@ bool positionOfEntry(const TbEntry& entry, Position& position) {
 }
 
 u64 tableLength(int tbClass, int side) {
-    u64 length = usedTailEnd(tbClass, side);
-    if (length > indexRange(tbClass, side)) return length;
+    u64 length = indexLayout(tbClass, side).usedTailEnd;
+    if (length > indexLayout(tbClass, side).range) return length;
     Position position;
     while (length > 0 && !positionOfEntry({tbClass, side, length - 1}, position)) --length;
     return length;

@@ -16,7 +16,7 @@ class BitWriter {
         for (; held >= 8; held -= 8) bytes.push_back(static_cast<u8>(window >> (held - 8)));
     }
 
-    // Fills the last byte up with zeros and gives all bytes away.
+    // Fills the last byte with zeros and returns all bytes. Nothing may be written afterwards.
     std::vector<u8> finish() {
         if (held > 0) write(0, 8 - held);
         return std::move(bytes);

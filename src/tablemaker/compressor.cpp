@@ -6,26 +6,27 @@
 #include <new>
 #include <string_view>
 
+#include "platform/fault.h"
 #include "platform/file_replacement.h"
-#include "tablebases/block_decoder.h"
-#include "tablebases/compressed_header.h"
+#include "tablebases/compressed_file.h"
 #include "tablemaker/bit_writer.h"
-#include "tablemaker/code_writer.h"
+#include "tablemaker/huffman_encoder.h"
+#include "tablemaker/match_offsets.h"
 #include "tablemaker/match_parser.h"
-#include "tablemaker/offset_choice.h"
-#include "tablemaker/parallel.h"
+#include "tablemaker/parallel_for.h"
 
 namespace valku {
 
 namespace {
 
-constexpr u32 blockCodeLimit = 20;  // bits; keeps reading a code short
+constexpr u32 blockCodeLimit = 20;  // bits; keeps decoding fast
 
 void appendNumber(std::vector<u8>& bytes, u32 number) {
     for (const int shift : {24, 16, 8, 0}) bytes.push_back(static_cast<u8>(number >> shift));
 }
 
-std::vector<u8> packBlock(std::span<const u8> block, std::span<const Token> tokens, const CodeWriter& code) {
+std::vector<u8> packBlock(std::span<const u8> block, std::span<const Token> tokens,
+                          const HuffmanEncoder& code) {
     BitWriter bits;
     for (const Token token : tokens) {
         code.write(bits, token.symbol);
@@ -34,8 +35,8 @@ std::vector<u8> packBlock(std::span<const u8> block, std::span<const Token> toke
         bits.write(token.length - shortestOfClass(lengthClass), classBits(lengthClass));
     }
     std::vector<u8> packed = bits.finish();
-    if (packed.empty()) packed.push_back(0);  // a size of 0 stands for a full block
-    // As many bytes as the block itself has mean that they are the block.
+    if (packed.empty()) packed.push_back(0);  // a size field of 0 means a full block
+    // A stored size equal to the block's means that the block is stored raw.
     if (packed.size() >= block.size()) packed.assign(block.begin(), block.end());
     return packed;
 }
@@ -47,7 +48,7 @@ std::vector<u8> headerOf(const TableBlocks& blocks, const std::vector<std::vecto
     banner += bannerEnd;
     std::vector<u8> header(banner.begin(), banner.end());
     appendNumber(header, 0);
-    appendNumber(header, 0);  // the header's size, known at the end
+    appendNumber(header, 0);  // the header's size, filled in at the end
     appendNumber(header, tableBlockLog << 8 | matchOffsets);
     appendNumber(header, static_cast<u32>(blocks.size()));
     appendNumber(header, compressedFormat);
@@ -74,43 +75,44 @@ std::vector<u8> headerOf(const TableBlocks& blocks, const std::vector<std::vecto
     return header;
 }
 
-std::string describe(i32 error) {
-    switch (errorKind(error)) {
-        case tbReadError:
-            return "read error";
-        case tbOutOfMemory:
-            return "out of memory";
-        case tbBrokenFile:
-            return "file broken";
-        default:
-            return "error " + std::to_string(error);
-    }
-}
-
 std::string_view textOf(const std::vector<u8>& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// Appends a decoded block. `checks`: the two checks of each block, as in the file.
+void appendBlock(std::vector<u8>& plain, std::istream& file, const DecodeInfo& info, u32 block,
+                 std::span<const u8> checks) {
+    DecodeBlock context;
+    const u32 size = info.sizeOfBlock(block);
+    plain.resize(plain.size() + size);
+    const std::span<u8> decoded = std::span(plain).last(size);
+    try {
+        decodeBlock(context, file, info, block, decoded);
+        if (headerCheck(decoded) != numberAt(checks, block * std::size_t{8})) throw Fault("wrong bytes");
+    } catch (const Fault& fault) {
+        throw Fault(fault.text() + " in block " + std::to_string(block));
+    }
 }
 
 }  // namespace
 
 u64 compressTable(std::span<const u8> plain, const std::string& path, int threads) {
-    if (plain.empty()) return 0;
     FileReplacement file(path);
-    if (!file.isOpen()) return 0;
+    if (!file.isOpen()) throw Fault(path + ": cannot be written");
     TableBlocks blocks;
     for (std::size_t place = 0; place < plain.size(); place += tableBlockSize)
         blocks.push_back(plain.subspan(place, std::min<std::size_t>(tableBlockSize, plain.size() - place)));
 
-    // What the sample taught is corrected by what the whole table has.
+    // The costs from the sample are corrected with the counts of the whole table.
     const ParseModel learned = chooseOffsets(blocks, threads);
     const std::vector<u32>& offsets = learned.offsets;
     const ParseModel model = modelOfCounts(offsets, parseTable(blocks, learned, threads).counts);
     const ParsedTable parsed = parseTable(blocks, model, threads);
     const std::vector<u32> lengths = codeLengths(parsed.counts, blockCodeLimit);
-    const CodeWriter code(lengths);
+    const HuffmanEncoder code(lengths);
     std::vector<std::vector<u8>> stored(blocks.size());
-    inParallel(threads, static_cast<u32>(blocks.size()),
-               [&](u32 i) { stored[i] = packBlock(blocks[i], parsed.tokens[i], code); });
+    parallelFor(threads, static_cast<u32>(blocks.size()),
+                [&](u32 i) { stored[i] = packBlock(blocks[i], parsed.tokens[i], code); });
 
     const std::vector<u8> header = headerOf(blocks, stored, offsets, lengths);
     file.write(textOf(header));
@@ -119,42 +121,26 @@ u64 compressTable(std::span<const u8> plain, const std::string& path, int thread
         file.write(textOf(block));
         size += block.size();
     }
-    return file.putInPlace() ? size : 0;
+    if (!file.putInPlace()) throw Fault(path + ": cannot be written");
+    return size;
 }
 
-bool expandTable(const std::string& path, std::vector<u8>& plain, std::string& error) {
+std::vector<u8> expandTable(const std::string& path) {
     try {
-        error.clear();
         std::ifstream file(path, std::ios::binary);
-        i32 headerError = 0;
-        const std::unique_ptr<DecodeInfo> info = readCompressedHeader(file, headerError);
-        if (!info || info->blockSize != tableBlockSize) {
-            error = path + ": " + (info ? "unsupported block size" : describe(headerError));
-            return false;
-        }
+        const std::unique_ptr<DecodeInfo> info = readCompressedHeader(file);
+        if (info->blockSize != tableBlockSize) throw Fault("unsupported block size");
         std::vector<u8> checks(std::size_t{info->blockCount} * 8);
         file.seekg(checksPlace);
         readBytes(file, checks);
-        plain.clear();
-        DecodeBlock context;
-        for (u32 block = 0; error.empty() && block < info->blockCount; ++block) {
-            const u32 size = info->sizeOfBlock(block);
-            plain.resize(plain.size() + size);
-            const std::span<u8> decoded = std::span(plain).last(size);
-            const i32 result = decodeBlock(context, file, *info, block, decoded);
-            if (result != 0) {
-                error = describe(result);
-            } else if (headerCheck(decoded) != numberAt(checks, block * std::size_t{8})) {
-                error = "wrong bytes";
-            }
-            if (!error.empty()) error += " in block " + std::to_string(block);
-        }
+        std::vector<u8> plain;
+        for (u32 block = 0; block < info->blockCount; ++block) appendBlock(plain, file, *info, block, checks);
+        return plain;
     } catch (const std::bad_alloc&) {
-        error = "out of memory";
+        throw Fault(path + ": out of memory");
+    } catch (const Fault& fault) {
+        throw Fault(path + ": " + fault.text());
     }
-    if (error.empty()) return true;
-    error = path + ": " + error;
-    return false;
 }
 
 }  // namespace valku

@@ -1,8 +1,11 @@
 #include "tablemaker/ending.h"
 
+#include <atomic>
 #include <string>
 
-#include "tablemaker/geometry.h"
+#include "tablebases/position_index.h"
+#include "tablemaker/attack_sets.h"
+#include "tablemaker/parallel_for.h"
 
 namespace valku {
 
@@ -12,9 +15,9 @@ constexpr std::array<SquareMap, 8> allSymmetries() {
     std::array<SquareMap, 8> maps{};
     for (u32 symmetry = 0; symmetry < 8; ++symmetry) {
         for (u32 square = 0; square < 64; ++square) {
-            u32 image = square ^ (symmetry & 1 ? 7 : 0) ^ (symmetry & 2 ? 56 : 0);
-            if (symmetry & 4) image = (image & 7) << 3 | image >> 3;
-            maps[symmetry][square] = static_cast<u8>(image);
+            const auto image =
+                static_cast<u8>(square ^ (symmetry & 1 ? mirrorFiles : 0) ^ (symmetry & 2 ? mirrorRanks : 0));
+            maps[symmetry][square] = symmetry & 4 ? transposeSquare(image) : image;
         }
     }
     return maps;
@@ -24,8 +27,31 @@ constexpr std::array<SquareMap, 8> symmetricSquares = allSymmetries();
 
 const EndingKings& kingsOfClass(int tbClass) {
     static const EndingKings withPawns(2), withoutPawns(8);
-    const bool pawns = recordOf(tbClass).hasPawns(0) || recordOf(tbClass).hasPawns(1);
-    return pawns ? withPawns : withoutPawns;
+    return classTable[tbClass].hasPawns() ? withPawns : withoutPawns;
+}
+
+void fillMen(const EndingMaterial& material, const Placement& p, TbMen (&lists)[2]) {
+    int placed[2][tbTypes]{};
+    for (const int side : {0, 1}) lists[side][tbKingPlace] = p.kings[side];
+    for (int man = 0; man < material.count; ++man) {
+        const int side = material.side[man], type = material.type[man];
+        lists[side][static_cast<std::size_t>(3 * type + placed[side][type]++)] = p.men[man];
+    }
+}
+
+// Calls use(index in the ending, index in the table) for every legal position.
+template <class Use>
+void forEachLegal(const Ending& ending, int side, int threads, Use use) {
+    const int tbClass = ending.tbClass;
+    parallelFor(threads, ending.pairCount(), [&](u32 pair) {
+        const u32 begin = pair * ending.pairSize();
+        for (u32 index = begin; index < begin + ending.pairSize(); ++index) {
+            if (ending.states[side][index] == stateIllegal) continue;
+            TbMen lists[2]{};
+            fillMen(ending.material, ending.placementOf(index), lists);
+            use(index, tableIndex(tbClass, side, lists[0], lists[1], false));
+        }
+    });
 }
 
 }  // namespace
@@ -34,7 +60,7 @@ EndingMaterial materialOfClass(int tbClass) {
     EndingMaterial material;
     for (const int side : {0, 1}) {
         for (int type = tbQueen; type >= tbPawn; --type) {
-            for (int i = 0; i < recordOf(tbClass).men[side][type]; ++i) {
+            for (int i = 0; i < classTable[tbClass].men[side][type]; ++i) {
                 material.type[material.count] = static_cast<TbType>(type);
                 material.side[material.count++] = side;
             }
@@ -43,8 +69,8 @@ EndingMaterial materialOfClass(int tbClass) {
     return material;
 }
 
-std::vector<Change> changesOf(const EndingMaterial& material) {
-    std::vector<Change> changes;
+std::vector<MaterialChange> changesOf(const EndingMaterial& material) {
+    std::vector<MaterialChange> changes;
     for (int captured = 0; captured < material.count; ++captured) changes.push_back({captured, -1, tbPawn});
     for (int pawn = 0; pawn < material.count; ++pawn) {
         if (material.type[pawn] != tbPawn) continue;
@@ -57,7 +83,7 @@ std::vector<Change> changesOf(const EndingMaterial& material) {
     return changes;
 }
 
-std::pair<int, bool> classAfter(const EndingMaterial& material, Change change) {
+std::pair<int, bool> classAfter(const EndingMaterial& material, MaterialChange change) {
     std::string names[2] = {"k", "k"};
     for (int type = tbQueen; type >= tbPawn; --type) {
         for (int man = 0; man < material.count; ++man) {
@@ -75,8 +101,8 @@ EndingKings::EndingKings(int symmetries) {
     for (int first = 0; first < 64; ++first) {
         for (int second = 0; second < 64; ++second) {
             number[first][second] = none;
-            if (first == second || kingReach(first) & bitOf(second)) continue;
-            // Of all images of the kings the first in this order stands for the others.
+            if (first == second || kingAttacks(first) & bitOf(second)) continue;
+            // The lowest image of the kings stands for all others.
             const auto imageUnder = [&](const SquareMap& map) {
                 return std::array{map[static_cast<u32>(first)], map[static_cast<u32>(second)]};
             };
@@ -147,11 +173,30 @@ u64 occupiedSquares(const EndingMaterial& material, const Placement& p) {
 bool attacks(const EndingMaterial& material, const Placement& p, int side, int square, u64 occupied) {
     for (int man = 0; man < material.count; ++man) {
         if (material.side[man] != side) continue;
-        const u64 reach = material.type[man] == tbPawn ? pawnReach(side, p.men[man])
-                                                       : pieceReach(material.type[man], p.men[man], occupied);
-        if (reach & bitOf(square)) return true;
+        const u64 attacked = material.type[man] == tbPawn
+                                 ? pawnAttacks(side, p.men[man])
+                                 : pieceAttacks(material.type[man], p.men[man], occupied);
+        if (attacked & bitOf(square)) return true;
     }
     return false;
+}
+
+std::vector<u8> tableBytes(const Ending& ending, int side, int threads) {
+    const u64 length = classTable[ending.tbClass].positions[side];
+    std::vector<u8> bytes(length, static_cast<u8>(unusedTableByte));
+    forEachLegal(ending, side, threads, [&](u32 index, u64 entry) {
+        // Several threads may write the images of one position, all of them the same byte.
+        const auto byte = static_cast<u8>(tableByteOf(ending.states[side][index]));
+        std::atomic_ref(bytes[entry]).store(byte, std::memory_order_relaxed);
+    });
+    return bytes;
+}
+
+void readStates(Ending& ending, int side, const std::vector<u8>& bytes, int threads) {
+    parallelFor(threads, ending.pairCount(), [&](u32 pair) { ending.markIllegal(side, pair); });
+    forEachLegal(ending, side, threads, [&](u32 index, u64 entry) {
+        ending.states[side][index] = stateOfTableByte(static_cast<i8>(bytes[entry]));
+    });
 }
 
 }  // namespace valku

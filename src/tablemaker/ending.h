@@ -1,25 +1,21 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <utility>
 #include <vector>
 
 #include "chess/types.h"
-#include "tablebases/index_plan.h"
-#include "tablebases/table_classes.h"
+#include "tablebases/board64.h"
+#include "tablebases/material_classes.h"
 
-// All positions of a material class while its tables are made. They are numbered for speed and not as in the
-// table files: a pair of kings reduced by symmetry, then six bits for the square of each man, so that a man's
-// move changes its bits alone. Men on one square and other nonsense have numbers too. Squares are 0 to 63.
+// An ending: all positions of a material class, both sides to move, while its tables are made. Their
+// numbering is made for speed and is not that of the table files: the king pair, reduced by symmetry, then
+// six bits for the square of each man, so that a man's move changes only its own bits. Impossible positions,
+// such as two men on one square, have numbers too.
 
 namespace valku {
 
 constexpr int maxEndingMen = 3;  // besides the kings
-
-inline const TbClass& recordOf(int tbClass) {
-    return classTable[static_cast<std::size_t>(tbClass)];
-}
 
 // The men besides the kings in the order of the class's name: the first side's, strongest first, then the
 // other's.
@@ -31,18 +27,18 @@ struct EndingMaterial {
 
 EndingMaterial materialOfClass(int tbClass);
 
-// What becomes of the material when a man is captured, a pawn promotes, or both. -1 stands for none.
-struct Change {
+// A capture, a promotion, or both: men of an EndingMaterial, -1 for none.
+struct MaterialChange {
     int captured;
     int promoted;
     TbType promotion;  // tbPawn if none promotes
 };
 
 // All changes that one move can make.
-std::vector<Change> changesOf(const EndingMaterial& material);
+std::vector<MaterialChange> changesOf(const EndingMaterial& material);
 
 // The class after a change, and whether its first-named side is the second-named one here.
-std::pair<int, bool> classAfter(const EndingMaterial& material, Change change);
+std::pair<int, bool> classAfter(const EndingMaterial& material, MaterialChange change);
 
 struct Placement {
     u8 kings[2];  // by side
@@ -51,35 +47,35 @@ struct Placement {
 
 using SquareMap = std::array<u8, 64>;
 
-// The pairs of kings that are not next to each other, without those that a symmetry of the board makes of
-// others: all eight symmetries if the class has no pawns, left and right otherwise.
+// The pairs of kings that do not touch, one for all that the symmetries of the board make of it: eight
+// symmetries if the class has no pawns, otherwise the two that exchange left and right.
 struct EndingKings {
     static constexpr u16 none = 0xFFFF;
 
     u16 number[64][64];             // none for kings that touch
-    const SquareMap* onto[64][64];  // the symmetry that makes of these kings the pair of that number
+    const SquareMap* onto[64][64];  // the symmetry that brings these kings to the squares of that number
     std::vector<std::array<u8, 2>> squares;
-    std::vector<const SquareMap*>
-        mirror;  // the symmetry that leaves both kings in place; null if there is none
+    // The symmetry that keeps both kings of a number in place, null if there is none.
+    std::vector<const SquareMap*> mirror;
 
     explicit EndingKings(int symmetries);
 };
 
-// The state of a position: 0 while nothing is known, which in the end means a draw; n up to 126 a win in n
-// moves; stateFirstLoss + n a loss in n moves, 0 being mated. While a class is being solved a win may still
-// turn out to be faster; a loss is final.
+// What is known of a position, for the side to move: 0 is nothing, which in the end means a draw; n up to 126
+// a win in n moves; stateFirstLoss + n a loss in n moves, 0 being mated. Until the class is solved a win may
+// still turn out to be faster; a loss is final.
 using EndingState = u8;
 constexpr EndingState stateUnknown = 0;
 constexpr EndingState stateFirstLoss = 128;
-constexpr EndingState stateDoubtful = 254;  // while solving: perhaps lost by now
+constexpr EndingState stateCandidate = 254;  // until solved: possibly a loss
 constexpr EndingState stateIllegal = 255;
-constexpr int maxDistance = 125;
+constexpr int maxDistance = 125;  // moves
 
 constexpr bool isWin(EndingState state) {
     return state > stateUnknown && state < stateFirstLoss;
 }
 constexpr bool isLoss(EndingState state) {
-    return state >= stateFirstLoss && state < stateDoubtful;
+    return state >= stateFirstLoss && state < stateCandidate;
 }
 constexpr EndingState winIn(int moves) {
     return static_cast<EndingState>(moves);
@@ -91,7 +87,7 @@ constexpr int distanceOf(EndingState state) {
     return state & 127;
 }
 
-// The byte of a table that stands for the state, and back.
+// The byte of a table for the state, and back.
 constexpr i8 unusedTableByte = 127;
 i8 tableByteOf(EndingState state);
 EndingState stateOfTableByte(i8 byte);
@@ -107,7 +103,7 @@ struct Ending {
         for (int man = 0; man < material.count; ++man) index = index << 6 | onto[men[man]];
         return index;
     }
-    // The kings must be apart.
+    // The kings must not touch.
     u32 indexOf(const Placement& p) const {
         return indexOf(kings.number[p.kings[0]][p.kings[1]], *kings.onto[p.kings[0]][p.kings[1]], p.men);
     }
@@ -118,8 +114,8 @@ struct Ending {
         return states[sideToMove][indexOf(p)];
     }
 
-    // Marks the positions of a pair of kings that cannot be: men on one square, pawns on the first or last
-    // rank, the king of the side not to move attacked. The others become unknown.
+    // Marks the illegal positions of a king pair: men on one square, pawns on the first or last rank, the
+    // king of the side not to move in check. The others become unknown.
     void markIllegal(int sideToMove, u32 pair);
 
     int tbClass;
@@ -128,10 +124,17 @@ struct Ending {
     std::vector<EndingState> states[2];  // by side to move
 };
 
-// All men with the kings.
+// Kings included.
 u64 occupiedSquares(const EndingMaterial& material, const Placement& p);
 
-// Does a man of `side`, its king left out, attack the square?
+// Does a man of `side` other than its king attack the square?
 bool attacks(const EndingMaterial& material, const Placement& p, int side, int square, u64 occupied);
+
+// The table of one side to move of a solved ending. Entries that no legal position has hold unusedTableByte,
+// as does the tail for positions with a right to capture en passant.
+std::vector<u8> tableBytes(const Ending& ending, int side, int threads);
+
+// Sets the states for one side to move from its table.
+void readStates(Ending& ending, int side, const std::vector<u8>& bytes, int threads);
 
 }  // namespace valku

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "tablemaker/parallel_for.h"
+
 namespace valku {
 
 namespace {
@@ -52,8 +54,8 @@ ParseModel modelOfCounts(const std::vector<u32>& offsets, const SymbolCounts& co
             model.costs[symbol] = costOfShare((counts[symbol] + 0.1) / total);
             continue;
         }
-        // A rare match is thought to be a little more likely if its distance and its length are frequent, and
-        // a distance that is new to be as frequent as one in a hundred.
+        // A rare match counts for more if its distance and its length are frequent; a new distance is taken
+        // to be that of one match in a hundred.
         const u32 match = symbol - literalSymbols;
         const u32 lengthClass = match % lengthClasses;
         const double ofThisOffset = std::max(ofOffset[match / lengthClasses] / matches, 0.01);
@@ -71,11 +73,11 @@ ParsedBlock::ParsedBlock(std::span<const u8> bytes, const ParseModel& model)
 
 void ParsedBlock::parse(std::span<const u8> bytes, const ParseModel& model) {
     const auto offsetCount = static_cast<u32>(model.offsets.size());
-    std::array<u32, matchOffsets> cheapest{};  // match of each distance
+    std::array<u32, matchOffsets> cheapest{};  // symbol of each distance
     for (u32 i = 0; i < offsetCount; ++i)
         cheapest[i] = *std::min_element(&model.costs[literalSymbols + i * lengthClasses],
                                         &model.costs[literalSymbols + i * lengthClasses] + lengthClasses);
-    std::array<u32, matchOffsets> run{};  // the longest match of each distance
+    std::array<u32, matchOffsets> run{};  // the longest match of each distance from `place`
     costs[size] = 0;
     for (u32 place = size; place-- > 0;) {
         const u8 byte = bytes[place];
@@ -84,7 +86,7 @@ void ParsedBlock::parse(std::span<const u8> bytes, const ParseModel& model) {
         for (u32 i = 0; i < offsetCount; ++i) {
             const u32 offset = model.offsets[i];
             run[i] = offset <= place && bytes[place - offset] == byte ? run[i] + 1 : 0;
-            // The rest of the block is the cheaper the shorter it is, give or take a bit or two.
+            // A shorter rest of the block is cheaper, to within a bit or two.
             if (run[i] == 0 || cheapest[i] + costs[place + run[i]] >= bestCost) continue;
             const auto consider = [&](u32 lengthClass, u32 length) {
                 const u32 symbol = literalSymbols + i * lengthClasses + lengthClass;
@@ -101,6 +103,18 @@ void ParsedBlock::parse(std::span<const u8> bytes, const ParseModel& model) {
         costs[place] = bestCost;
         best[place] = token;
     }
+}
+
+ParsedTable parseTable(const TableBlocks& blocks, const ParseModel& model, int threads) {
+    ParsedTable parsed{std::vector<std::vector<Token>>(blocks.size()), {}};
+    parallelFor(threads, static_cast<u32>(blocks.size()), [&](u32 i) {
+        ParsedBlock(blocks[i], model).forTokens([&](Token token) { parsed.tokens[i].push_back(token); });
+        parsed.tokens[i].shrink_to_fit();
+    });
+    for (const std::vector<Token>& tokens : parsed.tokens) {
+        for (const Token token : tokens) ++parsed.counts[token.symbol];
+    }
+    return parsed;
 }
 
 }  // namespace valku

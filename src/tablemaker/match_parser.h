@@ -5,16 +5,18 @@
 #include <vector>
 
 #include "chess/types.h"
-#include "tablebases/compressed_header.h"
+#include "tablebases/compressed_file.h"
 
-// Cuts blocks into the symbols of the compressed form, as cheaply as a table of costs allows.
+// Cuts blocks into the symbols of the compressed form (tablebases/compressed_file.h) by optimal parsing:
+// dynamic programming from the end of the block finds the tokens of the least total cost (Storer and
+// Szymanski, Data Compression via Textual Substitution, Journal of the ACM 29(4), 1982).
 
 namespace valku {
 
-// Costs are in 1/costUnit bits.
+// Costs are in bits times costUnit.
 constexpr u32 costUnit = 64;
 
-// Bits that follow a match of this class, and the shortest length that it stands for.
+// Extra bits of a length class, and the shortest length in it.
 constexpr u32 classBits(u32 lengthClass) {
     return lengthClass < plainLengthClasses ? 0 : lengthClass - plainLengthClasses + 1;
 }
@@ -23,7 +25,7 @@ constexpr u32 shortestOfClass(u32 lengthClass) {
                                             : (1U << classBits(lengthClass)) + plainLengthClasses - 1;
 }
 
-// One symbol, and how many bytes of the block it stands for.
+// One symbol, and the number of bytes that it stands for.
 struct Token {
     u16 symbol;
     u16 length;
@@ -32,17 +34,17 @@ struct Token {
 using SymbolCounts = std::array<u32, codeSymbols>;
 
 struct ParseModel {
-    std::vector<u32> offsets;            // how far back matches may reach; at most matchOffsets of them
-    std::array<u32, codeSymbols> costs;  // of a match with the bits that follow it
+    std::vector<u32> offsets;            // match distances in bytes; at most matchOffsets of them
+    std::array<u32, codeSymbols> costs;  // extra bits included
 };
 
-// A model from which parsing finds the matches that are worth it: with dear bytes and cheap matches.
+// A model to start from, in which literals are expensive and matches cheap.
 ParseModel firstModel(const std::vector<u32>& offsets);
 
-// The model in which symbols cost what they would if they were as frequent as here.
+// The model in which a symbol costs what an entropy code for these counts would give it.
 ParseModel modelOfCounts(const std::vector<u32>& offsets, const SymbolCounts& counts);
 
-// A block of at most tableBlockSize bytes and the cheapest tokens for it.
+// The cheapest tokens for a block of at most tableBlockSize bytes.
 class ParsedBlock {
   public:
     ParsedBlock(std::span<const u8> bytes, const ParseModel& model);
@@ -50,7 +52,7 @@ class ParsedBlock {
     // The cost from a place in the block to its end.
     u32 costFrom(u32 place) const { return costs[place]; }
 
-    // Calls use(token) for the tokens in their order.
+    // Calls use(token) in the order of the block.
     template <class Use>
     void forTokens(Use use) const {
         for (u32 place = 0; place < size; place += best[place].length) use(best[place]);
@@ -63,5 +65,14 @@ class ParsedBlock {
     std::array<u32, tableBlockSize + 1> costs;
     std::array<Token, tableBlockSize> best;  // from each place
 };
+
+using TableBlocks = std::vector<std::span<const u8>>;
+
+struct ParsedTable {
+    std::vector<std::vector<Token>> tokens;  // by block
+    SymbolCounts counts;
+};
+
+ParsedTable parseTable(const TableBlocks& blocks, const ParseModel& model, int threads);
 
 }  // namespace valku

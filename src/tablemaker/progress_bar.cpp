@@ -1,9 +1,9 @@
 #include "tablemaker/progress_bar.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "platform/clock.h"
+#include "platform/format_text.h"
 #include "platform/raw_io.h"
 
 namespace valku {
@@ -11,15 +11,13 @@ namespace valku {
 namespace {
 
 constexpr double secondsBetweenLines = 0.2;
-constexpr double leastDone = 0.005;  // before that a guess at the time is worth nothing
+constexpr double leastDone = 0.005;  // for an estimate of the time left
 constexpr std::size_t cells = 30;
 
 std::string timeLeft(double elapsed, double done) {
     if (done < leastDone) return "";
     const auto seconds = static_cast<int>(elapsed * (1 - done) / done + 0.5);
-    char text[32];
-    std::snprintf(text, sizeof text, "  %d:%02d left", seconds / 60, seconds % 60);
-    return text;
+    return formatText("  %d:%02d left", seconds / 60, seconds % 60);
 }
 
 }  // namespace

@@ -4,17 +4,17 @@
 
 namespace valku {
 
-// The state of long work and the time it will still take, in one line on standard error that is written over
-// again and again. Nothing is shown where standard error is no terminal.
+// The progress of long work and an estimate of the time left, in one line on standard error that is rewritten
+// in place. Shows nothing where standard error is no terminal. For one thread at a time.
 class ProgressBar {
   public:
     ProgressBar();
     ~ProgressBar() { clear(); }
 
-    // The part of the work that is done, 0 to 1, and a word about what is at work.
+    // The part of the work that is done, 0 to 1, and what is being worked on.
     void show(double done, const std::string& what);
 
-    // Takes the line away, for other output.
+    // Erases the line, for other output.
     void clear();
 
   private:

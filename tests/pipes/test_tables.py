@@ -1,8 +1,7 @@
 """The program valku-tables, and the engine with the tables that it makes.
 
-How long the longest mates of each ending take has long been known. That the entries are right is the work of verify,
-which knows the rules from the engine and not from the maker; here it is seen to find what is spoilt.
-VALKU_ALL_TABLES=1 adds the making and checking of all endings of four men: minutes.
+The longest mates of each ending are long known. The command verify checks every entry, by the engine's rules of chess
+and not the solver's; here it finds what was damaged. VALKU_ALL_TABLES=1 adds all endings of four men: minutes.
 """
 
 import os
@@ -105,7 +104,7 @@ class TablesTest(engine.EngineTest):
         self.assertIn("0 classes made, 5 were there", self.good("generate", "--all-3", "--dir", self.tables))
 
     def test_values_follow_from_moves(self):
-        """By rules that share nothing with the engine or the maker."""
+        """By rules that share nothing with the engine or the solver."""
         rank = {"mate": lambda moves: (2, -moves), "draw": lambda moves: (1, 0), "mated": lambda moves: (0, moves)}
         for men in ("KkP", "Kkp", "KkQ", "Kkr", "KkQr", "KkqR", "KkBN"):
             boards = self.random_boards(men, 40)
@@ -142,6 +141,13 @@ class TablesTest(engine.EngineTest):
         done = self.run_tables("verify", "--dir", right)
         self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1))
         self.assertIn("kpk.nbb: holds 84011 bytes, where the table of kpk has 84012", done.stderr)
+        for settings, commands in ((f"TBPath={right}\n", ["uci"]),
+                                   ("", ["uci", f"setoption name NalimovPath value {right}"])):
+            player = self.engine(settings=settings, words=())
+            player.expected_end = {1}
+            player.send(*commands)
+            player.read_to(rf"\*\*\* {right}/kpk.nbb corrupted 84012 84012 84011")
+            self.assertEqual(player.wait(), 1)
         for places in ((70000, 70001), (81663, 5)):
             path = self.copy() / "kpk.nbw"
             data = bytearray(path.read_bytes())
@@ -154,7 +160,7 @@ class TablesTest(engine.EngineTest):
             self.assertRegex(done.stdout, r"^\S*/kqk.nbb: 28644 entries are right")
 
     def test_goes_on_where_it_stopped(self):
-        """Nothing that stands under a table's name is unfinished, whenever the maker is killed."""
+        """No file under a table's name is unfinished, whenever generate is killed."""
         for wanted in ("knk.nbw", "kqk.nbb", "krk.nbb"):
             directory = pathlib.Path(tempfile.mkdtemp(dir=self.scratch.name))
             maker = subprocess.Popen([self.program, "generate", "kqkr", "--dir", directory], stdout=subprocess.DEVNULL)

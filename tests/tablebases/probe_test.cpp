@@ -1,10 +1,11 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <bitset>
 
 #include "chess/chess_test.h"
-#include "tablebases/compressed_header.h"
+#include "platform/fault.h"
+#include "tablebases/compressed_file.h"
 #include "tablebases/probe.h"
 #include "tablebases/table_cache.h"
 #include "tablebases/table_files.h"
@@ -28,16 +29,15 @@ class Tablebases : public TableFiles {
         return score;
     }
 
-    // Starting with that file in bad/ ends the process with a line, in which % is the file's path.
+    // That file in bad/ is refused with a line, in which % is its path.
     void expectRefusal(const std::string& file, std::string line) const {
         line.replace(line.find('%'), 1, path("bad/" + file));
-        EXPECT_EXIT(
-            {
-                dup2(STDERR_FILENO, STDOUT_FILENO);
-                tbStartUp(path("bad"));
-                exit(0);
-            },
-            ::testing::ExitedWithCode(1), ::testing::StrEq("*** " + line + "\n"));
+        try {
+            initTablebases(path("bad"));
+            ADD_FAILURE() << file;
+        } catch (const Fault& fault) {
+            EXPECT_EQ(fault.text(), "*** " + line);
+        }
         fs::remove(home / "bad" / file);
     }
 
@@ -67,7 +67,7 @@ class Tablebases : public TableFiles {
     }
 };
 
-// Positions with the place of their entries, worked out by counting the placements before them one by one.
+// The entries of positions, found by counting the placements before them one by one.
 struct Entry {
     const char* fen;
     const char* file;
@@ -114,7 +114,7 @@ TEST_F(Tablebases, EveryKindOfClassReadsItsOwnEntry) {
     EXPECT_EQ(largestTbMen, 6);
     for (const Entry& entry : entries) {
         EXPECT_EQ(scoreOf(entry.fen), 29947 - ply) << entry.fen << " in " << entry.file;
-        // The colours of kpkp are told apart by nothing but the side to move.
+        // In kpkp only the side to move tells the colors apart.
         if (std::string(entry.file).starts_with("kpkp.")) continue;
         mirrorPosition();
         EXPECT_EQ(scoreHere(), 29947 - ply) << entry.fen;
@@ -148,7 +148,7 @@ TEST_F(Tablebases, ValuesBecomeScores) {
         EXPECT_EQ(scoreOf("2q5/5P2/P7/8/3P4/1K3k2/8/8 b"), score);
     }
 
-    // Losses of kppkp that a byte cannot tell, whatever stands in the file; and the entry beside one.
+    // Losses of kppkp that a byte cannot hold, whatever is in the file; and the entry beside one.
     makeTables({"kppkp.nbb"});
     tbStartUp(path());
     for (const char* const lost : {"8/1p6/8/8/4P3/k1K1P3/8/8 b", "8/8/8/1p6/4P3/4P3/1k6/3K4 b"})
@@ -267,9 +267,9 @@ TEST_F(Tablebases, FilesThatDoNotFitAreRefused) {
     tbStartUp(path("good"));
     EXPECT_EQ(filesOpened, 0);
 
-    // Where only the numbering tells a length, a table may be a little shorter.
+    // Where a length is known from the index range alone, a table may be a little shorter.
     const int kbpkp = classByName("kbpkp");
-    const u64 limit = indexLimit(kbpkp, 0);
+    const u64 limit = indexLayout(kbpkp, 0).limit;
     makeFile("good/kbpkp.nbw", limit - limit / 200);
     tbStartUp(path("good"));
     EXPECT_EQ(largestTbMen, 5);

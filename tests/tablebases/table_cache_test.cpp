@@ -12,7 +12,7 @@ namespace {
 constexpr u64 blockBytes = 8192;
 constexpr u32 slots = 4062;
 
-// What the cache holds is seen by changing the files behind it.
+// What the cache holds shows when the files change.
 class TableCache : public TableFiles {
   protected:
     static i32 read(const char* name, int side, u32 block, u32 offset = 0) {
@@ -52,7 +52,7 @@ TEST_F(TableCache, LosesAFileThatFails) {
     tbStartUp(path());
     for (const char* name : {"kppkp", "kqk", "krk"}) EXPECT_EQ(read(name, 0, 0), 0);
 
-    // Shrunk: the blocks that it still has go on. A failure costs the cache nothing.
+    // Cut short: the blocks that it still has are read. A failure costs the cache no slot.
     write("kppkp.nbw", 0, "\7");
     fs::resize_file(home / "kppkp.nbw", 100 * blockBytes + 10);
     EXPECT_EQ(read("kppkp", 0, 100, 9), 0);
@@ -65,7 +65,7 @@ TEST_F(TableCache, LosesAFileThatFails) {
     // Vanished: read to its end as long as it is open.
     fs::remove(home / "kqk.nbw");
     EXPECT_EQ(read("kqk", 0, 1), 0);
-    closeAllTbFiles(false);
+    closeAllTbFiles();
     EXPECT_EQ(read("kqk", 0, 2), noTableByte);
     EXPECT_FALSE(isRegistered("kqk"));
 

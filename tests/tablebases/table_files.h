@@ -9,20 +9,21 @@
 
 #include "chess/tables.h"
 #include "search/upward_calls.h"
-#include "tablebases/index_plan.h"
+#include "tablebases/index_layout.h"
+#include "tablebases/material_classes.h"
 #include "tablebases/registration.h"
-#include "tablebases/table_classes.h"
 
 namespace valku {
 
 namespace fs = std::filesystem;
 
-// Table files of our own making, in a directory of each test: zeros, which take no room, but for a few bytes.
+// Made-up table files in a directory for each test: zeros, which take no room on the disk, but for a few
+// bytes.
 class TableFiles : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (squareMask[0] == 0) initChessTables();  // a second time would draw other keys
-        initIndexPlans();
+        if (squareMask[0] == 0) initChessTables();  // a second time would make other keys
+        initIndexLayouts();
         fs::create_directories(home);
     }
     void TearDown() override {
@@ -38,7 +39,7 @@ class TableFiles : public ::testing::Test {
         std::ofstream(home / file).close();
         fs::resize_file(home / file, length);
     }
-    // The tables that the files belong to, with all their parts.
+    // The tables of the files, with all their parts.
     void makeTables(std::initializer_list<const char*> files) const {
         for (const fs::path file : files) {
             const TbClass& tbClass = classTable[classByName(file.stem().stem().string())];

@@ -7,8 +7,8 @@
 #include <random>
 #include <sstream>
 
-#include "tablebases/block_decoder.h"
-#include "tablebases/compressed_header.h"
+#include "platform/fault.h"
+#include "tablebases/compressed_file.h"
 #include "tablemaker/compressor.h"
 
 namespace valku {
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Reading them back is the work of test_compressed_files.py; here they are damaged.
+// Damaged files. Whole ones are read back by test_compressed_files.py.
 class CompressedFile : public ::testing::Test {
   protected:
     // Rows of numbers that rise and fall, with some noise: three blocks and a short one.
@@ -45,23 +45,30 @@ class CompressedFile : public ::testing::Test {
         setNumber(file, headerSize - 4, headerCheck(bytesOf(file).first(headerSize - 4)));
     }
 
-    // What becomes of reading a file: the header's error, and of each block its error, or -1 if it has other
-    // bytes than it should.
-    std::vector<i32> readAll(const std::string& file) const {
+    // What reading a file gives: the fault of the header and of each block, "" for none, "wrong" for other
+    // bytes.
+    std::vector<std::string> readAll(const std::string& file) const {
         std::istringstream stream(file);
-        i32 error = 0;
-        const std::unique_ptr<DecodeInfo> info = readCompressedHeader(stream, error);
-        EXPECT_EQ(info != nullptr, error == 0);
-        std::vector<i32> results{errorKind(error)};
+        std::unique_ptr<DecodeInfo> info;
+        const auto faultOf = [](auto action) -> std::string {
+            try {
+                return action() ? "" : "wrong";
+            } catch (const Fault& fault) {
+                return fault.text();
+            }
+        };
+        std::vector<std::string> results{
+            faultOf([&] { return (info = readCompressedHeader(stream)) != nullptr; })};
         DecodeBlock context;
         for (u32 block = 0; info && block < std::min(info->blockCount, 10U); ++block) {
             const std::size_t place = std::min(plain.size(), block * std::size_t{tableBlockSize});
             const std::size_t size = std::min<std::size_t>(plain.size() - place, tableBlockSize);
-            // Of a size that the sanitizer guards.
+            // On the heap, where the sanitizer guards its size.
             const std::unique_ptr<u8[]> output(new u8[tableBlockSize]);
-            error = decodeBlock(context, stream, *info, block, {output.get(), tableBlockSize});
-            const bool right = size != 0 && std::equal(&plain[place], &plain[place] + size, output.get());
-            results.push_back(error != 0 ? errorKind(error) : right ? 0 : -1);
+            results.push_back(faultOf([&] {
+                decodeBlock(context, stream, *info, block, {output.get(), tableBlockSize});
+                return size != 0 && std::equal(&plain[place], &plain[place] + size, output.get());
+            }));
         }
         return results;
     }
@@ -69,7 +76,7 @@ class CompressedFile : public ::testing::Test {
     const fs::path home =
         fs::path(::testing::TempDir()) / ("valku-compressed-file-" + std::to_string(getpid()));
     const std::string path = home / "table.emd";
-    const std::vector<i32> sound = std::vector<i32>(5, 0);
+    const std::vector<std::string> sound = std::vector<std::string>(5);
     std::vector<u8> plain;
     std::string whole;
     std::size_t headerSize = 0;
@@ -81,17 +88,17 @@ TEST_F(CompressedFile, IsRefusedWithADamagedHeader) {
     for (std::size_t place = 0; place < headerSize; ++place) {
         std::string damaged = whole;
         damaged[place] = static_cast<char>(~damaged[place]);
-        const i32 error = readAll(damaged).front();
-        ASSERT_TRUE(error == tbBrokenFile || (error == tbReadError && place >= 64 && place < 68))
-            << place << ' ' << error;
-        // With a check that fits, the rest has to stand on its own feet.
+        const std::string fault = readAll(damaged).front();
+        ASSERT_TRUE(fault == "file broken" || (fault == "read error" && place >= 64 && place < 68))
+            << place << ' ' << fault;
+        // The same with a check that fits.
         for (const int flip : {0x01, 0x10, 0xFF}) {
             damaged = whole;
             damaged[place] = static_cast<char>(damaged[place] ^ flip);
             if (place + 4 < headerSize) repairCheck(damaged);
-            const std::vector<i32> results = readAll(damaged);
-            refused += results.front() != 0;
-            wrong += results.front() == 0 && results != sound;
+            const std::vector<std::string> results = readAll(damaged);
+            refused += !results.front().empty();
+            wrong += results.front().empty() && results != sound;
         }
     }
     EXPECT_GT(refused, 300);
@@ -103,18 +110,18 @@ TEST_F(CompressedFile, IsRefusedWithADamagedHeader) {
         std::string damaged = whole;
         setNumber(damaged, place, number);
         repairCheck(damaged);
-        EXPECT_EQ(readAll(damaged).front(), tbBrokenFile) << place << ' ' << number;
+        EXPECT_EQ(readAll(damaged).front(), "file broken") << place << ' ' << number;
     }
 }
 
 TEST_F(CompressedFile, GivesWhatIsLeftWhenItIsCut) {
     for (std::size_t tenth = 0; tenth < 10; ++tenth) {
         const std::size_t size = whole.size() * tenth / 10;
-        const std::vector<i32> results = readAll(whole.substr(0, size));
+        const std::vector<std::string> results = readAll(whole.substr(0, size));
         EXPECT_EQ(results.size(), size < headerSize ? 1U : 5U);
-        EXPECT_EQ(results.back(), tbReadError);
+        EXPECT_EQ(results.back(), "read error");
         EXPECT_TRUE(std::ranges::is_sorted(results)) << tenth;
-        EXPECT_TRUE(tenth < 9 || results[1] == 0);
+        EXPECT_TRUE(tenth < 9 || results[1].empty());
     }
 }
 
@@ -133,11 +140,11 @@ TEST_F(CompressedFile, KeepsDamagedBlocksWithinTheirBounds) {
                 damaged[i] = static_cast<char>(random());
             repairCheck(damaged);
         }
-        const std::vector<i32> results = readAll(damaged);
-        for (const i32 result : std::span(results).subspan(1)) {
-            ASSERT_TRUE(result <= 0 || result == tbReadError || result == tbBrokenFile) << result;
-            wrong += result == -1;
-            broken += result == tbBrokenFile;
+        const std::vector<std::string> results = readAll(damaged);
+        for (const std::string& result : std::span(results).subspan(1)) {
+            wrong += result == "wrong";
+            broken += result == "file broken";
+            ASSERT_NE(result, "no such block");
         }
     }
     EXPECT_GT(wrong, 0);

@@ -1,16 +1,18 @@
-#include "tablebases/table_classes.h"
+#include "tablebases/material_classes.h"
 
 #include <algorithm>
 #include <iterator>
 #include <sstream>
+#include <unordered_map>
 
-#include "tablebases/class_lengths.h"
+#include "tablebases/table_lengths.h"
 
 namespace valku {
 
 namespace {
 
-// In the order of the class numbers, which the order of registration and the limits in the header rest on.
+// In the order of the class numbers, on which the order of registration and the limits firstFourMenClass to
+// firstSixMenClass depend.
 constexpr const char* classNames =
     "kk "
     "kpk knk kbk krk kqk "
@@ -122,17 +124,53 @@ void fillClassTable() {
     }
 }
 
+// By the counts of the registered classes.
+std::unordered_map<u32, int> classOfKey;
+
+constexpr u32 bitsOfCount = 2;  // no class has more than three men of a type
+constexpr u32 noKey = ~0U;
+
+u32 keyOf(const MaterialCounts& counts) {
+    u32 key = 0;
+    for (const u8 count : counts) {
+        if (count >> bitsOfCount != 0) return noKey;
+        key = key << bitsOfCount | count;
+    }
+    return key;
+}
+
+void enter(const TbClass& tbClass, int white, int number) {
+    MaterialCounts counts;
+    const auto middle = std::ranges::copy(tbClass.men[white], counts.begin()).out;
+    std::ranges::copy(tbClass.men[1 - white], middle);
+    classOfKey[keyOf(counts)] = number;
+}
+
 }  // namespace
 
 TbClass classTable[tbClassCount];
 
-void initTableClasses() {
+void initMaterialClasses() {
     [[maybe_unused]] static const bool filled = (fillClassTable(), true);
 }
 
 int classByName(std::string_view name) {
     const auto found = std::ranges::find(classTable, name, &TbClass::name);
     return found == std::end(classTable) ? -1 : found->id;
+}
+
+int classOfMaterial(const MaterialCounts& counts) {
+    const auto found = classOfKey.find(keyOf(counts));
+    return found == classOfKey.end() ? 0 : found->second;
+}
+
+void registerMaterial(const TbClass& tbClass) {
+    enter(tbClass, 0, tbClass.id);
+    if (!tbClass.has(tbSymmetric)) enter(tbClass, 1, -tbClass.id);
+}
+
+void clearMaterial() {
+    classOfKey.clear();
 }
 
 }  // namespace valku

@@ -2,11 +2,9 @@
 
 #include "chess/types.h"
 
-// What `valku-tables lengths` prints.
-
 namespace valku {
 
-// Entries of the tables of each class, by the side to move.
+// Entries of the tables of each class, by the side to move. `valku-tables lengths` works out these lines.
 // clang-format off
 constexpr u64 classLengths[][2] = {
     {0, 0},  // kk

@@ -1,4 +1,4 @@
-#include "tablebases/index_tables.h"
+#include "tablebases/king_tables.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,8 +33,8 @@ void fillKingPairs(KingPairs& pairs, Folded isFolded) {
     }
 }
 
-// A check that no legal position can have: the man gives it from a square beside the king.
-bool checksAtArmsLength(u8 type, u8 square, u8 king) {
+// A check by a man that has no square between itself and the king, or by a knight.
+bool givesContactCheck(u8 type, u8 square, u8 king) {
     const int files = fileDistance(square, king);
     const int ranks = rankDistance(square, king);
     switch (type) {
@@ -56,7 +56,7 @@ bool checksAtArmsLength(u8 type, u8 square, u8 king) {
 bool mayStand(u8 type, u8 square, u8 king) {
     const bool isPawn = type == plainPawn || type == movingPawn;
     if (isPawn && (rank64(square) == 0 || rank64(square) == 7)) return false;
-    return square != king && !checksAtArmsLength(type, square, king);
+    return square != king && !givesContactCheck(type, square, king);
 }
 
 void fillSlots() {
@@ -75,7 +75,7 @@ void fillSlots() {
 
 }  // namespace
 
-void initIndexTables() {
+void initKingTables() {
     fillKingPairs(kingPairPawnless, isFoldedPawnless);
     fillKingPairs(kingPairPawn, [](u8 own, u8) { return foldFile(own) == 0; });
     fillSlots();

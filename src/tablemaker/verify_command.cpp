@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -11,16 +10,16 @@
 
 #include "chess/fen.h"
 #include "platform/clock.h"
+#include "platform/format_text.h"
 #include "platform/raw_io.h"
-#include "tablebases/class_lookup.h"
+#include "tablebases/index_layout.h"
 #include "tablebases/probe.h"
-#include "tablebases/registration.h"
 #include "tablebases/table_entry.h"
-#include "tablemaker/parallel.h"
+#include "tablemaker/one_ply_minimax.h"
+#include "tablemaker/parallel_for.h"
 #include "tablemaker/progress_bar.h"
-#include "tablemaker/solver.h"
+#include "tablemaker/retrograde_analysis.h"
 #include "tablemaker/table_file.h"
-#include "tablemaker/value_by_moves.h"
 
 namespace valku {
 
@@ -28,28 +27,27 @@ namespace {
 
 constexpr u32 portion = 4096;  // entries that a thread takes at a time
 
-// Values of the tables that the moves of a class lead to. The reader serves one thread only, so they are read
-// out beforehand.
+// Values of the tables that the moves of a class lead to. Probing is for one thread only, so they are read
+// beforehand.
 class Successors {
   public:
-    // Nothing, or a line that tells what is missing.
-    std::string load(int tbClass) {
+    // Throws a Fault if a table is missing.
+    void load(int tbClass) {
         std::vector<int> classes = classesAfter(tbClass);
         classes.push_back(tbClass);
         for (const int needed : classes) {
-            const TbClass& record = recordOf(needed);
+            const TbClass& record = classTable[needed];
             if (needed == 0) continue;
             for (const int side : {0, 1}) {
                 std::vector<i16>& table = tables[needed].ofSide[record.fileSide(side)];
                 if (!table.empty()) continue;
                 if (record.files[record.fileSide(side)][0].name.empty())
-                    return "the table of " + record.name + " is missing";
-                table.resize(indexRange(needed, side));
+                    throw Fault("the table of " + record.name + " is missing");
+                table.resize(indexLayout(needed, side).range);
                 for (u64 i = 0; i < table.size(); ++i)
                     table[i] = static_cast<i16>(readTableValue(needed, side, i));
             }
         }
-        return "";
     }
 
     // noTableValue if the table holds no value of the position.
@@ -57,7 +55,7 @@ class Successors {
         TbEntry entry;
         if (!entryOfPosition(position, entry))
             return position.whiteMen + position.blackMen == 2 ? 0 : noTableValue;
-        const int side = recordOf(entry.tbClass).fileSide(entry.side);
+        const int side = classTable[entry.tbClass].fileSide(entry.side);
         const std::vector<i16>& table = tables.at(entry.tbClass).ofSide[side];
         return entry.index < table.size() ? table[entry.index] : noTableValue;
     }
@@ -70,6 +68,7 @@ class Successors {
     std::map<int, Tables> tables;
 };
 
+// The reverse of how a one-byte entry is read.
 i32 byteOfValue(i32 value) {
     return value == 0 ? 0 : value > 0 ? value - 32640 : value + 32640;
 }
@@ -90,11 +89,12 @@ class Verifier {
     Verifier(const Successors& known, const TableFile& verifiedFile, const std::vector<u8>& tableBytes)
         : successors(known), file(verifiedFile), bytes(tableBytes) {}
 
-    // `report` is called now and then with the entries that have been looked at.
+    // `report` is called now and then, by one thread at a time, with the number of entries that have been
+    // checked.
     WrongEntry firstWrong(int threads, const std::function<void(u64)>& report) {
         std::atomic<u64> done{0};
         const auto portions = static_cast<u32>((bytes.size() + portion - 1) / portion);
-        inParallel(threads, portions, [&](u32 number) {
+        parallelFor(threads, portions, [&](u32 number) {
             const u64 begin = u64{number} * portion;
             if (begin < firstFound) check(begin, std::min<u64>(bytes.size(), begin + portion));
             done += portion;
@@ -147,72 +147,73 @@ std::vector<std::string> tablesIn(const std::string& directory) {
             if (const auto file = findTable(directory, tbClass, side)) paths.push_back(file->path);
         }
     }
+    if (paths.empty()) throw Fault(directory + ": holds no tables");
     return paths;
 }
+
+// The verification of several files. A Fault tells that one of them is damaged or cannot be verified.
+class Verification {
+  public:
+    // `entriesOfAll`: of all files.
+    Verification(u64 entriesOfAll, int threadCount) : total(entriesOfAll), threads(threadCount) {}
+
+    // Before the first file of a directory, whose tables have been registered.
+    void enterDirectory() { successors = {}; }
+
+    void verify(const TableFile& file) {
+        const double startTime = steadySeconds();
+        try {
+            successors.load(file.tbClass);
+        } catch (const Fault& fault) {
+            throw Fault(file.path + ": " + fault.text());
+        }
+        const std::vector<u8> bytes = readTable(file);
+        const WrongEntry wrong = Verifier(successors, file, bytes).firstWrong(threads, [&](u64 done) {
+            bar.show(static_cast<double>(before + done) / static_cast<double>(total), file.path);
+        });
+        bar.clear();
+        before += bytes.size();
+        if (wrong.index < bytes.size())
+            throw Fault(describe(file, wrong, static_cast<i8>(bytes[wrong.index])));
+        writeStandardOutput(file.path + formatText(": %zu entries are right, %.1f s\n", bytes.size(),
+                                                   steadySeconds() - startTime));
+    }
+
+  private:
+    u64 total, before = 0;  // entries
+    int threads;
+    Successors successors;
+    ProgressBar bar;
+};
 
 }  // namespace
 
 int verifyTables(const TablesArguments& arguments) {
-    int exitCode = 0;
-    const auto complain = [&](const std::string& text) {
-        writeErrorOutput(text + "\n");
-        exitCode = 1;
-    };
     std::vector<TableFile> files;
-    for (const std::string& path :
-         arguments.words.empty() ? tablesIn(arguments.directory) : arguments.words) {
-        if (const auto file = tableFileOf(path)) {
-            files.push_back(*file);
-        } else {
-            complain(path + ": is not the name of a table");
-        }
-    }
-    if (files.empty() && exitCode == 0) complain(arguments.directory + ": holds no tables");
+    u64 total = 0;
+    int exitCode =
+        forEachReportingFaults(arguments.words.empty() ? tablesIn(arguments.directory) : arguments.words,
+                               [&](const std::string& path) { files.push_back(tableFileOf(path)); });
+    // All lengths first: the engine's reader refuses a directory with a table that does not fit.
+    exitCode |=
+        forEachReportingFaults(files, [&](const TableFile& file) { total += readTable(file).size(); });
+    if (exitCode != 0) return exitCode;
 
-    // All lengths first: the reader ends the process at the sight of a table that does not fit.
-    std::vector<u8> bytes;
-    std::string error;
-    u64 total = 0, before = 0;
-    for (const TableFile& file : files) {
-        if (!readTable(file, bytes, error)) complain(error);
-        total += bytes.size();
-    }
-    if (exitCode) return exitCode;
-
-    Successors successors;
+    Verification verification(total, arguments.threads);
     std::string registered;
-    ProgressBar bar;
     for (const TableFile& file : files) {
-        const double startTime = steadySeconds();
         std::string folder = std::filesystem::path(file.path).parent_path().string();
         if (folder.empty()) folder = ".";
         if (folder != registered) {
-            tbStartUp(folder);
-            successors = {};
+            if (!registerTables(folder)) return 1;
+            verification.enterDirectory();
             registered = folder;
         }
-        if (error = successors.load(file.tbClass); !error.empty()) {
-            complain(file.path + ": " + error);
-            continue;
+        try {
+            verification.verify(file);
+        } catch (const Fault& fault) {
+            exitCode = reportFault(fault.text());
         }
-        if (!readTable(file, bytes, error)) {
-            complain(error);
-            continue;
-        }
-        const WrongEntry wrong =
-            Verifier(successors, file, bytes).firstWrong(arguments.threads, [&](u64 done) {
-                bar.show(static_cast<double>(before + done) / static_cast<double>(total), file.path);
-            });
-        bar.clear();
-        before += bytes.size();
-        if (wrong.index < bytes.size()) {
-            complain(describe(file, wrong, static_cast<i8>(bytes[wrong.index])));
-            continue;
-        }
-        char text[64];
-        std::snprintf(text, sizeof text, ": %zu entries are right, %.1f s\n", bytes.size(),
-                      steadySeconds() - startTime);
-        writeStandardOutput(file.path + text);
     }
     return exitCode;
 }

@@ -8,11 +8,13 @@
 #include <vector>
 
 #include "chess/types.h"
-#include "tablebases/block_code.h"
+#include "tablebases/huffman_decoder.h"
 
-// The compressed form of a table file: a header, and blocks that are decoded each by itself. A block is a run
-// of symbols of one prefix code: a byte, or a match, which copies bytes from one of 24 distances back. All
-// numbers are big-endian.
+// The compressed form of a table file: a header, and blocks that are decoded one by one. A block is a run of
+// symbols of one canonical Huffman code for the whole file: a literal byte, or a match in the manner of LZ77
+// (Ziv and Lempel, A Universal Algorithm for Sequential Data Compression, IEEE Transactions on Information
+// Theory 23(3), 1977), which copies earlier bytes of the block from one of 24 distances. All numbers are
+// big-endian.
 //
 //      0  banner, 64 bytes
 //     64  u32 size of the header
@@ -21,10 +23,10 @@
 //     72  u32 number of blocks
 //     76  u32 format
 //     80  for each block two u32 checks, of its bytes and of its stored form
-//         sizes of the stored blocks, bytes in the last block, match distances: bit fields as wide as the
-//         logarithm, in which a size of 0 is the full block size
-//         lengths of the code, from a whole byte on
-//         u32 check of all the header before it
+//         bit fields as wide as the logarithm: sizes of the stored blocks, bytes in the last block, match
+//         distances; a size of 0 is the full block size
+//         code lengths, from a whole byte on
+//         u32 check of the header before it
 
 namespace valku {
 
@@ -39,23 +41,13 @@ constexpr int largestBlockLog = 16;
 constexpr u32 tableBlockLog = 13;
 constexpr u32 tableBlockSize = 1 << tableBlockLog;  // the only one in use
 
-// Symbols of the code: bytes, then for each match distance 32 length classes.
+// Symbols of the code: literal bytes, then 32 length classes for each match distance.
 constexpr u32 literalSymbols = 256;
 constexpr u32 lengthClasses = 32;
-constexpr u32 plainLengthClasses = 15;  // class c is length c + 1; the others are followed by bits
+constexpr u32 plainLengthClasses = 15;  // class c is length c + 1; extra bits follow the others
 constexpr u32 codeSymbols = literalSymbols + matchOffsets * lengthClasses;
 
-// An error code is a kind in the low byte and a place in the code above it; 0 is success.
-enum TbError : i32 { tbReadError = 2, tbOutOfMemory = 5, tbBrokenFile = 6, tbBadArgument = 7 };
-
-constexpr i32 errorAt(i32 place, TbError kind) {
-    return place << 8 | kind;
-}
-constexpr i32 errorKind(i32 error) {
-    return error & 0xFF;
-}
-
-// What decoding needs to know of a file, as long as it is registered.
+// The header of a file, kept as long as the file is registered.
 struct DecodeInfo {
     u32 blockCount = 0;
     u32 blockSize = 0;
@@ -63,11 +55,12 @@ struct DecodeInfo {
     u32 blockLog = 0;
     std::array<u32, matchOffsets> offsets{};
     std::vector<u64> blockStart;  // places in the file; one more, the end of the last block
-    BlockCode blockCode;
+    HuffmanDecoder blockCode;
 
-    // Bytes in the file when decoded.
+    // Bytes of the table.
     u64 decodedSize() const { return u64{blockCount - 1} * blockSize + lastBlockSize; }
     u32 sizeOfBlock(u32 block) const { return block + 1 < blockCount ? blockSize : lastBlockSize; }
+    // Bytes of memory.
     std::size_t memoryUsed() const;
 };
 
@@ -77,11 +70,22 @@ u32 numberAt(std::span<const u8> bytes, std::size_t place);
 // Fills `bytes` from the file. False if it ends before.
 bool readBytes(std::istream& file, std::span<u8> bytes);
 
-// The check over a run of bytes that headers and blocks carry.
+// The check that headers and blocks carry, a variant of CRC-32.
 u32 headerCheck(std::span<const u8> bytes);
 
-// Reads the header at the start of a file. Nothing and an error code if it cannot be read; nothing in the
-// header is trusted, and no more memory is asked for than the file has bytes, give or take a factor of three.
-std::unique_ptr<DecodeInfo> readCompressedHeader(std::istream& file, i32& error);
+// Reads the header at the start of a file. Throws a Fault ("read error", "file broken" or "out of memory").
+// Nothing in the header is trusted, and no more memory is asked for than about three times the file's size.
+std::unique_ptr<DecodeInfo> readCompressedHeader(std::istream& file);
+
+// Room for one stored block.
+struct DecodeBlock {
+    std::array<u8, tableBlockSize> stored;
+};
+
+// Reads a block and decodes it to the start of `output`, which has room for it. Throws a Fault
+// if the block cannot be read or is visibly damaged; other damage gives wrong bytes. Nothing outside the
+// block is ever read or written.
+void decodeBlock(DecodeBlock& context, std::istream& file, const DecodeInfo& info, u32 block,
+                 std::span<u8> output);
 
 }  // namespace valku

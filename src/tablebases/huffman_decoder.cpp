@@ -1,4 +1,4 @@
-#include "tablebases/block_code.h"
+#include "tablebases/huffman_decoder.h"
 
 #include <algorithm>
 #include <array>
@@ -7,16 +7,16 @@ namespace valku {
 
 namespace {
 
-// Whether codes of these lengths use up all patterns of bits: going up from the longest, two patterns of a
-// length make one of the length below.
+// Kraft's inequality with equality: from the longest length down, two codes of a length take the room of one
+// that is a bit shorter.
 bool isComplete(const std::array<u32, longestCode + 1>& codesOfLength) {
-    u32 patterns = 0;
+    u32 room = 0;
     for (u32 length = longestCode; length >= 1; --length) {
-        patterns += codesOfLength[length];
-        if (patterns % 2 != 0) return false;
-        patterns /= 2;
+        room += codesOfLength[length];
+        if (room % 2 != 0) return false;
+        room /= 2;
     }
-    return patterns == 1;
+    return room == 1;
 }
 
 }  // namespace
@@ -43,7 +43,7 @@ std::optional<std::vector<u32>> canonicalCodes(std::span<const u32> lengths) {
     return codes;
 }
 
-bool BlockCode::build(std::span<const u32> lengths, int firstLevelBits) {
+bool HuffmanDecoder::build(std::span<const u32> lengths, int firstLevelBits) {
     const std::optional<std::vector<u32>> codes = canonicalCodes(lengths);
     if (!codes) return false;
     const auto used = lengths.size() - static_cast<std::size_t>(std::ranges::count(lengths, 0U));
@@ -99,7 +99,7 @@ bool decodeLengths(BitReader& bits, std::span<u32> lengths) {
     }
 
     std::array<u32, lengthsOfCodes> codeLengths;
-    BlockCode values, runs;
+    HuffmanDecoder values, runs;
     if (!decodeLengths(bits, codeLengths) ||
         !values.build(std::span(codeLengths).first<symbols>(), firstLevelBits) ||
         !runs.build(std::span(codeLengths).last<symbols>(), firstLevelBits))

@@ -9,10 +9,10 @@
 
 namespace valku {
 
-// Calls use(i) for every i below `count`, on several threads at a time, in rising order on each. Returns when
-// all calls have.
+// Calls use(i) for every i below `count`, on `threads` threads, in rising order on each. Returns when all
+// calls have. `use` must not throw.
 template <class Use>
-void inParallel(int threads, u32 count, Use use) {
+void parallelFor(int threads, u32 count, Use use) {
     std::atomic<u32> next{0};
     const auto work = [&] {
         for (u32 i = next++; i < count; i = next++) use(i);

@@ -4,6 +4,7 @@
 #include <map>
 #include <random>
 
+#include "tablebases/position_index.h"
 #include "tablebases/table_entry.h"
 #include "tablebases/table_files.h"
 
@@ -15,8 +16,7 @@ class TableIndex : public TableFiles {};
 struct Men {
     TbMen lists[2]{};
 
-    // Every man's square changed.
-    Men seen(const TbClass& tbClass, u8 (*change)(u8 square)) const {
+    Men changed(const TbClass& tbClass, u8 (*change)(u8 square)) const {
         Men men = *this;
         for (u32 side = 0; side < 2; ++side) {
             for (u32 place = 0; place <= tbKingPlace; ++place) {
@@ -28,7 +28,7 @@ struct Men {
     }
 };
 
-// Lengths that are known from table files. The numbers in the source are those that the scan finds.
+// Lengths known from table files. All lengths in the source are those that the scan finds.
 TEST_F(TableIndex, LengthsAreThoseOfTheKnownFiles) {
     const std::map<std::string, std::pair<u64, u64>> known = {{"kpk", {81664, 84012}},
                                                               {"knk", {26282, 28644}},
@@ -62,9 +62,8 @@ TEST_F(TableIndex, LengthsAreThoseOfTheKnownFiles) {
     EXPECT_EQ(mostParts, 17U);
 }
 
-// A number's squares have that number again, however the board lies: from left to right, from the other end
-// with the colours exchanged, and without pawns along its diagonals too. Only when both kings stand on the
-// diagonal two images are told apart.
+// The squares of an index have that index again, reflected too: left to right, top to bottom with the colors
+// exchanged, and without pawns in the diagonal, unless both kings stand on it.
 TEST_F(TableIndex, NumbersAndSquaresAreEachOthersReverse) {
     const auto mirrored = [](u8 square) { return static_cast<u8>(square ^ 7); };
     const auto turned = [](u8 square) { return static_cast<u8>(square ^ 56); };
@@ -72,7 +71,7 @@ TEST_F(TableIndex, NumbersAndSquaresAreEachOthersReverse) {
     std::mt19937_64 random(7);
     for (const TbClass& tbClass : classTable) {
         for (const int side : {0, 1}) {
-            const u64 range = indexRange(tbClass.id, side);
+            const u64 range = indexLayout(tbClass.id, side).range;
             int placements = 0;
             for (int i = 0; i < 40; ++i) {
                 const u64 index = i == 0 ? 0 : i == 1 ? range - 1 : random() % range;
@@ -83,14 +82,14 @@ TEST_F(TableIndex, NumbersAndSquaresAreEachOthersReverse) {
                     EXPECT_EQ(tableIndex(tbClass.id, side, image.lists[0], image.lists[1], inverted), index)
                         << tbClass.name << " [" << side << "]";
                 };
-                const Men image = men.seen(tbClass, mirrored);
+                const Men image = men.changed(tbClass, mirrored);
                 expectNumber(men, false);
                 expectNumber(image, false);
-                expectNumber(image.seen(tbClass, turned), true);
-                const bool pawnless = !tbClass.hasPawns(0) && !tbClass.hasPawns(1);
+                expectNumber(image.changed(tbClass, turned), true);
                 const bool onDiagonal =
                     men.lists[0][tbKingPlace] % 9 == 0 && men.lists[1][tbKingPlace] % 9 == 0;
-                if (pawnless && !onDiagonal) expectNumber(image.seen(tbClass, transposed), false);
+                if (!tbClass.hasPawns() && !onDiagonal)
+                    expectNumber(image.changed(tbClass, transposed), false);
             }
             EXPECT_GE(placements, 20) << tbClass.name;
             Men men;
@@ -99,7 +98,7 @@ TEST_F(TableIndex, NumbersAndSquaresAreEachOthersReverse) {
     }
 }
 
-// What no legal position can be has no number, and reads nothing outside of the tables.
+// Impossible positions have no index, and reading one touches nothing outside of the tables.
 TEST_F(TableIndex, RefusesWhatCannotBe) {
     const auto isNumbered = [](const char* name, int side, u8 otherKing, u8 pawn) {
         Men men;  // the first king stands on a1
@@ -110,8 +109,8 @@ TEST_F(TableIndex, RefusesWhatCannotBe) {
     };
     EXPECT_FALSE(isNumbered("krk", 0, 9, 0)) << "kings side by side";
     EXPECT_FALSE(isNumbered("krk", 0, 0, 0)) << "kings on one square";
-    EXPECT_FALSE(isNumbered("krk", 0, 28, 0)) << "a check at arm's length";
-    EXPECT_TRUE(isNumbered("krk", 0, 36, 0)) << "a check from afar";
+    EXPECT_FALSE(isNumbered("krk", 0, 28, 0)) << "a contact check";
+    EXPECT_TRUE(isNumbered("krk", 0, 36, 0)) << "a check from a distance";
     EXPECT_TRUE(isNumbered("krk", 1, 28, 0)) << "an answer to a check";
     EXPECT_TRUE(isNumbered("krkp", 0, 36, 8));
     EXPECT_FALSE(isNumbered("krkp", 0, 36, 3)) << "a pawn on the first rank";

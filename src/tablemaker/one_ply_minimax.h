@@ -8,21 +8,25 @@
 #include "chess/move_generation.h"
 #include "tablebases/probe.h"
 
+// The value of a position by a minimax search of one ply over the values of a table, on the scale of
+// tablebases/probe.h and from the side to move's point of view.
+
 namespace valku {
 
-// What a value of the reader's scale (see tablebases/probe.h) is worth to the side that moved to it: a mate
-// is a move farther away for the winner, and a win of the one is a loss of the other.
+// What the value of a position is worth to the side whose move led to it: a mate is one move farther away for
+// the winner, and a win of one side is a loss of the other.
 constexpr i32 valueBeforeMove(i32 value) {
     if (value == noTableValue) return noTableValue;
     return value > 0 ? 1 - value : -value;
 }
 
-// The value of a position by its moves alone. `lookUp` gives the value of a position without a right to
-// capture en passant, of which tables know nothing. noTableValue if it gave that for one of the moves.
+// The value by the legal moves of the position alone, which is left as it was. `lookUp` gives the value of a
+// position without a right to capture en passant, of which tables know nothing. noTableValue if it gave that
+// for one of the moves.
 template <class LookUp>
 i32 valueByMoves(Position& position, const LookUp& lookUp);
 
-// The value of a position by `lookUp`, if need be by that of the positions after its moves.
+// The value by `lookUp`, or by the moves if the position has a right to capture en passant.
 template <class LookUp>
 i32 valueOf(Position& position, const LookUp& lookUp) {
     return position.state->epField == noEpField ? lookUp(position) : valueByMoves(position, lookUp);

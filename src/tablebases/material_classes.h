@@ -1,17 +1,18 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "chess/types.h"
-#include "tablebases/compressed_header.h"
+#include "tablebases/compressed_file.h"
 
-// The material classes that have a table, and what this process has found of each on disk.
+// The material classes that have a table, and the files that this process has found of each.
 //
-// A class is named by its men: k and the men of the first side, k and the men of the second, strongest first,
-// as in kqkr. The opposite colouring is the same class with a negative number.
+// A class is named by its men: k and the other men of the first side, k and those of the second, strongest
+// first, as in kqkr. With the colors exchanged it is the same class, under its negative number.
 
 namespace valku {
 
@@ -34,20 +35,28 @@ enum TbType : int { tbPawn, tbKnight, tbBishop, tbRook, tbQueen, tbTypes };
 
 constexpr std::string_view tbLetters = "pnbrq";
 
-// One file of a table. The cache (table_cache.h) opens it and keeps the stream.
+// The squares (board64.h) of one side's men: three places each for pawns, knights, bishops, rooks and queens,
+// then the king. Men of a type stand in any order; unused places hold 0.
+using TbMen = std::array<u8, 16>;
+constexpr int tbPlacesOfType = 3;
+constexpr int tbKingPlace = 15;
+
+// One file of a table. Its stream is the cache's (table_cache.h).
 struct TbFile {
     std::string name;                        // path; empty = no file
     std::unique_ptr<DecodeInfo> decodeInfo;  // null for a plain file
 };
 
-// Sides are 0, the first-named, and 1. The tables of a symmetric class are those of side 0.
+// Sides are 0, the first-named, and 1. Everything but `files` is fixed once initMaterialClasses has run.
+// `files` is written at registration, and by the cache for a file that fails: on the searching thread, or the
+// only one.
 struct TbClass {
     i32 id;  // its index in classTable
     u32 flags;
     std::string name;
-    u8 men[2][tbTypes];            // by side, the king left out
+    u8 men[2][tbTypes];            // by side, without the king
     u64 positions[2];              // entries of the table, by the side to move; 0 for kk
-    std::vector<TbFile> files[2];  // by the side to move; as many as the table has parts
+    std::vector<TbFile> files[2];  // by the side to move, then part; none for side 1 of a symmetric class
 
     bool has(TbFlag flag) const { return (flags & flag) != 0; }
     // The side whose files hold the table of `side` to move.
@@ -55,25 +64,41 @@ struct TbClass {
     int menCount() const { return static_cast<int>(name.size()); }
     bool hasPieces() const { return name.find_first_not_of("kp") != std::string::npos; }
     bool hasPawns(int side) const { return men[side][tbPawn] != 0; }
+    bool hasPawns() const { return hasPawns(0) || hasPawns(1); }
+    bool hasPawnsOnBothSides() const { return hasPawns(0) && hasPawns(1); }
     // Bytes of an entry.
     u64 entrySize() const { return has(tbTwoByte) ? 2 : 1; }
 };
 
-// By class number: 0 is kk, then 3, 4, 5 and 6 men. Filled by initTableClasses.
+// By class number: 0 is kk, then 3, 4, 5 and 6 men.
 extern TbClass classTable[tbClassCount];
 
 // Fills classTable once; further calls do nothing.
-void initTableClasses();
+void initMaterialClasses();
 
 // The number of a class by its name, -1 if there is none.
 int classByName(std::string_view name);
 
-// Men of the largest class up to this class number; 0 for kk.
+// Men of a class, kings included; 0 for kk.
 constexpr int menOfClass(int tbClass) {
     if (tbClass >= firstSixMenClass) return 6;
     if (tbClass >= firstFiveMenClass) return 5;
     if (tbClass >= firstFourMenClass) return 4;
     return tbClass > 0 ? 3 : 0;
 }
+
+// White pawns, knights, bishops, rooks and queens, then Black's.
+using MaterialCounts = std::array<u8, 2 * tbTypes>;
+
+// The class if White holds the first-named side's men, its negative if Black does, 0 if no such class is
+// registered. kpkp, where both sides hold the same men but each has a table, is always found as its negative.
+// Any thread may call it while none registers files.
+int classOfMaterial(const MaterialCounts& counts);
+
+// Enters a class that has a file.
+void registerMaterial(const TbClass& tbClass);
+
+// Forgets all classes.
+void clearMaterial();
 
 }  // namespace valku

@@ -1,4 +1,4 @@
-#include "tablemaker/offset_choice.h"
+#include "tablemaker/match_offsets.h"
 
 #include <algorithm>
 #include <bit>
@@ -7,17 +7,18 @@
 #include <mutex>
 #include <utility>
 
-#include "tablemaker/parallel.h"
+#include "tablemaker/parallel_for.h"
 
 namespace valku {
 
 namespace {
 
 constexpr std::size_t sampleBlocks = 16;
-constexpr std::size_t scannedBlocks = 8;  // of the sample, where all distances are looked at
-constexpr std::size_t fullScans = 2;      // choices for which they are
+constexpr std::size_t scannedBlocks = 8;  // of the sample, for a scan of all distances
+// Choices made by a scan of all distances; the later ones are made among the candidates of the last scan.
+constexpr std::size_t fullScans = 2;
 constexpr std::size_t candidateCount = 128;
-constexpr double tokenCost = 9 * costUnit;  // of a match of a distance that is not in use yet, about
+constexpr double tokenCost = 9 * costUnit;  // estimate for a match of a distance that is not in use yet
 
 // Costs of blocks under a model.
 struct Fit {
@@ -34,14 +35,14 @@ TableBlocks sampleOf(const TableBlocks& blocks, std::size_t count) {
     return sample;
 }
 
-// Parses the blocks some times, each time with the costs that follow from the last.
+// Parses the blocks `rounds` times, each time with the costs that follow from the counts of the last.
 void improveFit(Fit& fit, const TableBlocks& blocks, int rounds, int threads) {
     fit.costFrom.resize(blocks.size());
     for (int round = 0; round < rounds; ++round) {
         std::mutex adding;
         fit.cost = 0;
         fit.counts.fill(0);
-        inParallel(threads, static_cast<u32>(blocks.size()), [&](u32 i) {
+        parallelFor(threads, static_cast<u32>(blocks.size()), [&](u32 i) {
             const ParsedBlock parsed(blocks[i], fit.model);
             std::vector<u32>& costs = fit.costFrom[i];
             costs.resize(blocks[i].size() + 1);
@@ -54,7 +55,7 @@ void improveFit(Fit& fit, const TableBlocks& blocks, int rounds, int threads) {
     }
 }
 
-// Where the bytes from `place` on stop being those `offset` before them.
+// Where the bytes from `place` on stop repeating those `offset` before them.
 u32 endOfRun(std::span<const u8> block, u32 place, u32 offset) {
     for (; place + 8 <= block.size(); place += 8) {
         u64 here, there;
@@ -66,7 +67,7 @@ u32 endOfRun(std::span<const u8> block, u32 place, u32 offset) {
     return place;
 }
 
-// What matches of a further distance would save in every step-th block, about.
+// An estimate of what matches of a further distance would save in every step-th block.
 double gainOf(u32 offset, const TableBlocks& blocks, const Fit& fit, std::size_t step) {
     double gain = 0;
     for (std::size_t i = 0; i < blocks.size(); i += step) {
@@ -99,35 +100,23 @@ ParseModel chooseOffsets(const TableBlocks& blocks, int threads) {
             }
         }
         std::vector<std::pair<double, u32>> gains(candidates.size());
-        inParallel(threads, static_cast<u32>(candidates.size()), [&](u32 i) {
+        parallelFor(threads, static_cast<u32>(candidates.size()), [&](u32 i) {
             gains[i] = {gainOf(candidates[i], sample, fit, step), candidates[i]};
         });
         std::ranges::sort(gains, std::greater{});
         gains.resize(std::min(gains.size(), candidateCount));
-        // The best one is used from now on, and is no candidate any more.
+        // The best candidate is used from now on.
         fit.model.offsets.push_back(gains.front().second);
         candidates.clear();
         for (std::size_t i = 1; i < gains.size(); ++i) candidates.push_back(gains[i].second);
         fit.model = modelOfCounts(fit.model.offsets, fit.counts);
         improveFit(fit, sample, 1, threads);
     }
-    // Costs and parsing confirm each other, so the way to them matters: a second one is tried.
+    // Costs and parsing reinforce each other, so the result depends on the start: a second one is tried.
     Fit fresh{firstModel(fit.model.offsets), {}, 0, {}};
     improveFit(fresh, sample, 12, threads);
     improveFit(fit, sample, 4, threads);
     return fresh.cost < fit.cost ? fresh.model : fit.model;
-}
-
-ParsedTable parseTable(const TableBlocks& blocks, const ParseModel& model, int threads) {
-    ParsedTable parsed{std::vector<std::vector<Token>>(blocks.size()), {}};
-    inParallel(threads, static_cast<u32>(blocks.size()), [&](u32 i) {
-        ParsedBlock(blocks[i], model).forTokens([&](Token token) { parsed.tokens[i].push_back(token); });
-        parsed.tokens[i].shrink_to_fit();
-    });
-    for (const std::vector<Token>& tokens : parsed.tokens) {
-        for (const Token token : tokens) ++parsed.counts[token.symbol];
-    }
-    return parsed;
 }
 
 }  // namespace valku

@@ -1,4 +1,4 @@
-#include "tablemaker/code_writer.h"
+#include "tablemaker/huffman_encoder.h"
 
 #include <algorithm>
 #include <array>
@@ -7,13 +7,13 @@
 #include <queue>
 #include <utility>
 
-#include "tablebases/block_code.h"
+#include "tablebases/huffman_decoder.h"
 
 namespace valku {
 
 namespace {
 
-// Lengths of a code without a limit, by joining the two rarest subtrees again and again.
+// Code lengths without a limit.
 std::vector<u32> unlimitedLengths(std::span<const u32> counts) {
     using Subtree = std::pair<u64, std::size_t>;  // how frequent it is, and its node
     std::priority_queue<Subtree, std::vector<Subtree>, std::greater<>> subtrees;
@@ -33,7 +33,7 @@ std::vector<u32> unlimitedLengths(std::span<const u32> counts) {
         subtrees.emplace(count, parents.size());
         parents.push_back(0);
     }
-    // Parents stand behind their children; the last node is the root.
+    // Parents come after their children; the last node is the root.
     std::vector<u32> depths(parents.size() + 1);
     for (std::size_t node = parents.size(); node-- > 0;) {
         if (parents[node] != 0) depths[node] = depths[parents[node]] + 1;
@@ -47,10 +47,10 @@ struct LengthRun {
     u32 count;
 };
 
-// Symbols of the two codes that pack lengths.
+// Symbols of the two codes that lengths are packed with: one for values, one for run lengths.
 constexpr u32 packedSymbols = 64;
-constexpr u32 repeated = 32;   // values from here on stand for a run
-constexpr u32 plainRuns = 32;  // run symbols from here on are followed by bits
+constexpr u32 repeated = 32;   // values from here on are followed by the length of a run
+constexpr u32 plainRuns = 32;  // run lengths from here on are followed by extra bits
 constexpr u32 shortestRun = 2;
 constexpr u32 packedLengthLimit = 7;  // the lengths of these codes then fit in three bits
 
@@ -97,7 +97,7 @@ void encodeManyLengths(BitWriter& bits, std::span<const u32> lengths) {
     std::vector<u32> both = valueLengths;
     both.insert(both.end(), runLengths.begin(), runLengths.end());
     encodeLengths(bits, both);
-    const CodeWriter values(std::move(valueLengths)), runCode(std::move(runLengths));
+    const HuffmanEncoder values(std::move(valueLengths)), runCode(std::move(runLengths));
     for (const PackedRun& run : runs) {
         values.write(bits, run.value);
         if (run.value < repeated) continue;
@@ -113,11 +113,11 @@ std::vector<u32> codeLengths(std::span<const u32> counts, u32 limit) {
     for (;;) {
         std::vector<u32> lengths = unlimitedLengths(flattened);
         if (std::ranges::max(lengths) <= limit) return lengths;
-        for (u32& count : flattened) count = count / 2 + count % 2;  // what occurs goes on occurring
+        for (u32& count : flattened) count = count / 2 + count % 2;  // never to 0
     }
 }
 
-CodeWriter::CodeWriter(std::vector<u32> codeLengths) : lengths(std::move(codeLengths)) {
+HuffmanEncoder::HuffmanEncoder(std::vector<u32> codeLengths) : lengths(std::move(codeLengths)) {
     codes = canonicalCodes(lengths).value();
     // The only symbol takes no bits.
     if (std::ranges::count(lengths, 0U) + 1 == std::ssize(lengths)) std::ranges::fill(lengths, 0U);
