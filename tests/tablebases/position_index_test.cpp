@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <random>
+#include <sstream>
 
 #include "tablebases/position_index.h"
 #include "tablebases/table_entry.h"
@@ -30,23 +30,16 @@ struct Men {
 
 // Lengths known from table files. All lengths in the source are those that the scan finds.
 TEST_F(TableIndex, LengthsAreThoseOfTheKnownFiles) {
-    const std::map<std::string, std::pair<u64, u64>> known = {{"kpk", {81664, 84012}},
-                                                              {"knk", {26282, 28644}},
-                                                              {"kbk", {27243, 28644}},
-                                                              {"krk", {27030, 28644}},
-                                                              {"kqk", {25629, 28644}},
-                                                              {"kpkp", {3863492, 3863492}},
-                                                              {"kqqk", {698739, 873642}},
-                                                              {"kppkp", {84219361, 89391280}},
-                                                              {"krpkp", {226121876, 231758952}},
-                                                              {"kqpkp", {214481388, 231758952}},
-                                                              {"kqqqk", {12479974, 17472840}},
-                                                              {"knnknn", {1301488080, 1301488080}},
-                                                              {"krbknp", {17652988800, 16455976740}},
-                                                              {"kqqpkq", {7297961576, 8514011520}}};
-    for (const auto& [name, lengths] : known) {
-        const auto [white, black] = classTable[classByName(name)].positions;
-        EXPECT_EQ(std::pair(white, black), lengths) << name;
+    std::istringstream known(
+        "kpk 81664 84012 knk 26282 28644 kbk 27243 28644 krk 27030 28644 kqk 25629 28644 kpkp 3863492 "
+        "3863492 "
+        "kqqk 698739 873642 kppkp 84219361 89391280 krpkp 226121876 231758952 kqpkp 214481388 231758952 "
+        "kqqqk 12479974 17472840 knnknn 1301488080 1301488080 krbknp 17652988800 16455976740 "
+        "kqqpkq 7297961576 8514011520");
+    std::string className;
+    for (u64 first = 0, second = 0; known >> className >> first >> second;) {
+        const auto [white, black] = classTable[classByName(className)].positions;
+        EXPECT_EQ(std::pair(white, black), std::pair(first, second)) << className;
     }
     std::size_t mostParts = 0;
     for (const TbClass& tbClass : classTable) {

@@ -187,7 +187,7 @@ TEST_F(Tablebases, DirectoriesAreSearchedInTurn) {
     EXPECT_EQ(scoreOf("8/8/3k4/8/8/8/3KR3/8 b"), noScore);
 
     std::string many;
-    for (int i = 0; i < 200; ++i) many += path("none") + std::to_string(i) + ";";
+    for (int i = 0; i < 20; ++i) many += path("none") + std::to_string(i) + ";";
     for (const std::string& odd : {many + directories, std::string(5000, 'x') + ";" + directories}) {
         tbStartUp(odd);
         EXPECT_EQ(scoreOf(kbk), 0);

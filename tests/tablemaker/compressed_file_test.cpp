@@ -114,17 +114,6 @@ TEST_F(CompressedFile, IsRefusedWithADamagedHeader) {
     }
 }
 
-TEST_F(CompressedFile, GivesWhatIsLeftWhenItIsCut) {
-    for (std::size_t tenth = 0; tenth < 10; ++tenth) {
-        const std::size_t size = whole.size() * tenth / 10;
-        const std::vector<std::string> results = readAll(whole.substr(0, size));
-        EXPECT_EQ(results.size(), size < headerSize ? 1U : 5U);
-        EXPECT_EQ(results.back(), "read error");
-        EXPECT_TRUE(std::ranges::is_sorted(results)) << tenth;
-        EXPECT_TRUE(tenth < 9 || results[1].empty());
-    }
-}
-
 TEST_F(CompressedFile, KeepsDamagedBlocksWithinTheirBounds) {
     std::mt19937 random(2);
     int wrong = 0, broken = 0;
