@@ -1,9 +1,10 @@
 """A small chess interface for tests: starts the engine in a directory of its own and talks to it through pipes.
 
-Every text that a search may send is known here, so that each search of each test also holds the form of its lines.
-A wait that takes longer than PATIENCE means a hang and fails the test; nothing else hangs on the time.
+Every text that a search may send is known here, so each search of each test also checks the form of its lines. A wait
+that takes longer than PATIENCE counts as a hang and fails the test; nothing else depends on the time.
 """
 
+import contextlib
 import os
 import queue
 import re
@@ -18,32 +19,30 @@ import unittest
 
 from rules import Board
 
-# Seconds.
-PATIENCE = float(os.environ.get("VALKU_PATIENCE", "120"))
+PATIENCE = float(os.environ.get("VALKU_PATIENCE", "120"))  # seconds
 
 LINE_MOVE = r"(?:[a-h][1-8][a-h][1-8][NBRQ]?|O-O(?:-O)?)"
 UCI_MOVE = r"(?:[a-h][1-8][a-h][1-8][nbrq]?|O-O(?:-O)?)"
+PV = rf"{LINE_MOVE}(?: {LINE_MOVE})*"
 MAIN_LINE = re.compile(
     r"info depth (?P<depth>\d+) seldepth (?P<seldepth>\d+) time (?P<time>\d+) nodes (?P<nodes>\d+) nps (?P<nps>\d+)"
-    rf" pv (?P<pv>{LINE_MOVE}(?: {LINE_MOVE})*) score cp (?P<score>-?\d+)(?P<bound> lowerbound)?"
-    r" hashfull (?P<hashfull>\d+) tbhits (?P<tbhits>\d+)")
+    rf" pv (?P<pv>{PV}) score cp (?P<score>-?\d+)(?P<bound> lowerbound)? hashfull (?P<hashfull>\d+)"
+    r" tbhits (?P<tbhits>\d+)")
 FAIL_LOW = re.compile(r"info depth (?P<depth>\d+) seldepth (?P<seldepth>\d+) score cp (?P<score>-?\d+) upperbound pv "
-                      rf"(?P<pv>(?:{LINE_MOVE}(?: {LINE_MOVE})*)?)")
+                      rf"(?P<pv>(?:{PV})?)")
 ROOT_MOVE = re.compile(rf"info depth (?P<depth>\d+) currmove (?P<move>{UCI_MOVE}) currmovenumber (?P<number>\d+)"
                        r" hashfull (?P<hashfull>\d+)")
-CLOCK = re.compile(r"info string movesToGo = \d+; remainingTime = -?\d+\.\d\d; increment = -?\d+\.\d\d")
-SCHEDULE = re.compile(r"info string scheduled time=-?\d+\.\d\ds, maxtime=-?\d+\.\d\ds")
-TIMEOUT = re.compile(r"info string timeout!")
+TIMES = re.compile(r"info string (?:movesToGo = \d+; remainingTime = -?\d+\.\d\d; increment = -?\d+\.\d\d|"
+                   r"scheduled time=-?\d+\.\d\ds, maxtime=-?\d+\.\d\ds|timeout!)")
 BEST_MOVE = re.compile(rf"bestmove (?P<move>{UCI_MOVE})(?: ponder (?P<ponder>{UCI_MOVE}))?")
-PV = rf"{LINE_MOVE}(?: {LINE_MOVE})*"
 RESULT = (r"result (?:1-0 \{White mates\}|0-1 \{Black mates\}|1/2-1/2 \{(?:Stalemate|"
           r"Draw by (?:50-moves-rule|repetition|insufficient material))\})")
 CLAIM = r"I want to claim a draw by (?:50-moves-rule|third-time-repetition)!"
 COMMENT = re.compile(r"tellics (?P<to>kibitz|whisper) T=(?P<depth>\d+) eval=(?P<score>-?\d+) time=\d+s"
                      rf" nodes=(?P<nodes>\d+) mainLine: (?P<pv>(?:{PV})?) tb=0/0")
 THINKING = re.compile(rf"(?P<depth>\d+) (?P<score>-?\d+) \d+ (?P<nodes>\d+) (?P<pv>{PV}) tb=0/0")
-EXPECTED = re.compile(rf"tellics (?:kibitz|whisper) ponderMove=(?P<move>{LINE_MOVE})")
-XBOARD_LINES = (COMMENT, THINKING, EXPECTED, *map(re.compile, (RESULT, CLAIM, f"move {LINE_MOVE}")))
+XBOARD_LINES = (COMMENT, THINKING, *map(re.compile, (RESULT, CLAIM, f"move {LINE_MOVE}",
+                                                     rf"tellics (?:kibitz|whisper) ponderMove={LINE_MOVE}")))
 # What the console prints, in whole texts: a main line is five of them, a board is always all of it.
 CONSOLE = re.compile(
     rf"(?P<main>\nHauptvariante \(T=(?P<depth>\d+)/\d+\): (?P<pv>{PV})\nWert: (?P<score>-?\d+)\n"
@@ -64,26 +63,16 @@ class Answer:
 
     def __init__(self, lines):
         self.lines = lines
-        self.main_lines, self.fail_lows, self.root_moves, self.strings = [], [], [], []
-        for line in lines[:-1]:
-            for form, kept in ((MAIN_LINE, self.main_lines), (FAIL_LOW, self.fail_lows), (ROOT_MOVE, self.root_moves)):
-                match = form.fullmatch(line)
-                if match:
-                    kept.append(match)
-                    break
-            else:
-                if not any(form.fullmatch(line) for form in (CLOCK, SCHEDULE, TIMEOUT)):
-                    raise AssertionError(f"no line of a search: {line!r}")
-                self.strings.append(line)
-        match = BEST_MOVE.fullmatch(lines[-1])
-        if not match:
-            raise AssertionError(f"no bestmove line: {lines[-1]!r}")
-        self.best, self.ponder = match["move"], match["ponder"]
-
-    @property
-    def depth(self):
-        """The deepest iteration that was begun."""
-        return max((int(move["depth"]) for move in self.root_moves), default=0)
+        found = {form: [] for form in (MAIN_LINE, FAIL_LOW, ROOT_MOVE, TIMES, BEST_MOVE)}
+        for line in lines:
+            match = next((match for form in found if (match := form.fullmatch(line))), None)
+            if not match or (match.re is BEST_MOVE) != (line is lines[-1]):
+                raise AssertionError(f"no line of a search, or not its last: {line!r}")
+            found[match.re].append(match)
+        self.main_lines, self.fail_lows, self.root_moves, times, (last,) = found.values()
+        self.strings = [match[0] for match in times]
+        self.best, self.ponder = last["move"], last["ponder"]
+        self.depth = max((int(move["depth"]) for move in self.root_moves), default=0)  # of the deepest iteration begun
 
     @property
     def score(self):
@@ -97,25 +86,21 @@ class Answer:
         return [move["move"] for move in self.root_moves if int(move["depth"]) == depth]
 
     def without_times(self):
-        """The lines with everything that may differ from run to run taken out."""
         return [re.sub(r" (time|nps) \d+", "", line) for line in self.lines]
 
 
 class Engine:
     """One running engine. `words` are the lines sent at once; `stdout` may name another output."""
 
-    def __init__(self, *arguments, words=("uci",), settings=None, directory=None, **pipes):
-        self.home = None
-        if directory is None:
-            self.home = tempfile.TemporaryDirectory(prefix="valku-test-")
-            directory = self.home.name
-        self.directory = directory
+    def __init__(self, *arguments, words=("uci",), settings=None, directory=None, stdout=subprocess.PIPE):
+        self.home = None if directory else tempfile.TemporaryDirectory(prefix="valku-test-")
+        self.directory = directory or self.home.name
         if settings is not None:
-            with open(os.path.join(directory, "settings.ini"), "wb") as file:
+            with open(os.path.join(self.directory, "settings.ini"), "wb") as file:
                 file.write(settings.encode())
         self.complaints = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([Engine.program, *arguments], cwd=directory, stdin=subprocess.PIPE,
-                                        stdout=pipes.get("stdout", subprocess.PIPE), stderr=self.complaints)
+        self.process = subprocess.Popen([Engine.program, *arguments], cwd=self.directory, stdin=subprocess.PIPE,
+                                        stdout=stdout, stderr=self.complaints)
         self.expected_end = {0}
         self.expected_complaints = ""  # None for any
         self.lines = queue.SimpleQueue()
@@ -130,7 +115,7 @@ class Engine:
         self.lines.put(None)
 
     def send_bytes(self, data):
-        """Never waits for ever: an engine that reads no more is a hang like any other."""
+        """An engine that reads no more is a hang like any other."""
         data = memoryview(data)
         while data:
             if not select.select([], [self.process.stdin], [], PATIENCE)[1]:
@@ -150,7 +135,7 @@ class Engine:
     def read_to(self, form):
         """All lines up to the first that fully matches; it is the last of the list."""
         lines = []
-        end = time.monotonic() + PATIENCE  # a search that goes on reporting must not keep us for ever
+        end = time.monotonic() + PATIENCE  # also for a search that goes on reporting
         while not (lines and re.fullmatch(form, lines[-1])):
             lines.append(self.next_line(max(0.0, end - time.monotonic())))
             if lines[-1] is None:
@@ -168,8 +153,18 @@ class Engine:
         self.send("isready")
         return self.read_to("readyok")[:-1]
 
+    def set(self, *options):
+        """Sets options; the lines of their reports."""
+        self.send(*("setoption name " + option for option in options))
+        return self.ready()
+
+    def evaluation(self, *commands):
+        """Of the position on the board after the commands."""
+        self.send(*commands, "eval")
+        return int(self.read_to("info string eval is: -?[0-9]+")[-1].split()[-1])
+
     def settled(self):
-        """What came out up to now, and whether the engine has nothing more to do: only then it shows the book."""
+        """What came out up to now, and whether the engine is idle: only then it shows the book."""
         self.send("showbook", "isready")
         lines = self.read_to("readyok")[:-1]
         for number, line in enumerate(lines):
@@ -178,7 +173,7 @@ class Engine:
         return lines, False
 
     def answer(self, seen=()):
-        """The answer of the running search, of which some lines may have been read before."""
+        """The answer of the running search; `seen` are the lines of it that have been read already."""
         return Answer([*seen, *self.read_to("bestmove .*")])
 
     def go(self, arguments, position=None):
@@ -188,7 +183,7 @@ class Engine:
         return self.answer()
 
     def started(self):
-        """The id of the hash table and its buckets, from the lines of the start, which are then behind us."""
+        """Reads the lines of the start; the id of the hash table and its buckets."""
         lines = self.read_to(r"info string TBPath is .*")
         table, buckets = next(match for match in map(NEW_TABLE.fullmatch, lines) if match).groups()
         return int(table), int(buckets)
@@ -198,9 +193,9 @@ class Engine:
         self.ready()
         self.signal(signal.SIGINT)
         lines = self.read_all()
-        if len(lines) != 2 or lines[0] != "handler called with signal 0" or not lines[1].startswith("board: "):
-            raise AssertionError(f"no board in {lines}")
-        return lines[1].removeprefix("board: ")
+        if match := re.fullmatch("handler called with signal 0\nboard: (.*)", "\n".join(lines)):
+            return match[1]
+        raise AssertionError(f"no board in {lines}")
 
     def signal(self, number):
         self.expected_end.add(-number)
@@ -221,24 +216,21 @@ class Engine:
         self.process.stdin.close()
 
     def close(self):
-        """Ends the process if the test has not, and tells how it ended if that was no good end."""
-        try:
+        """Ends the process if the test has not; a text if it crashed or complained."""
+        with contextlib.suppress(OSError):  # of what was still to be written to a process that is gone
             self.process.stdin.close()
-        except OSError:  # what was still to be written to a process that is gone
-            pass
         try:
             self.process.wait(10)
         except subprocess.TimeoutExpired:
             self.expected_end.add(-signal.SIGKILL)
             self.process.kill()
             self.process.wait()
-        if self.collector.is_alive():
+        if self.process.stdout:
             self.collector.join()
+            self.process.stdout.close()
         self.complaints.seek(0)
         complaints = self.complaints.read().decode(errors="replace")
         self.complaints.close()
-        if self.process.stdout:
-            self.process.stdout.close()
         if self.home:
             self.home.cleanup()
         if self.expected_complaints not in (None, complaints):
@@ -257,19 +249,17 @@ class EngineTest(unittest.TestCase):
         return engine
 
     def ready_engine(self, *options, **how):
-        """An engine behind its start, with the given options set and their reports read."""
+        """An engine after its start, with the given options set and their reports read."""
         engine = self.engine(**how)
-        engine.send(*("setoption name " + option for option in options))
-        engine.ready()
+        engine.set(*options)
         return engine
 
     def close(self, engine):
-        fault = engine.close()
-        if fault:
+        if fault := engine.close():
             self.fail(fault)
 
     def run_with(self, text, *arguments, directory=None):
-        """The way of a shell pipe: everything in, then the end of input. The lines and the exit code."""
+        """Everything in at once, then the end of input. The lines and the exit code."""
         engine = self.engine(*arguments, words=(), directory=directory)
         engine.send_bytes(text if isinstance(text, bytes) else text.encode())
         engine.end_input()
@@ -277,7 +267,7 @@ class EngineTest(unittest.TestCase):
         return lines, engine.wait()
 
     def check_search(self, board, answer):
-        """Holds a search against the rules of chess as the test knows them. The board after the move."""
+        """Checks a search by the rules of chess as the tests know them. The board after the move."""
         legal = {board.uci(move): move for move in board.moves()}
         self.assertIn(answer.best, legal)
         if answer.depth > 2:
@@ -302,7 +292,7 @@ def wait_until(condition, what):
     end = time.monotonic() + PATIENCE
     while not condition():
         if time.monotonic() > end:
-            raise Hang(f"waited in vain for {what}")
+            raise Hang(f"waited too long for {what}")
         time.sleep(0.005)
 
 

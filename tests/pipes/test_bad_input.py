@@ -25,11 +25,11 @@ NOT_FOR_LINE_STARTS = {"quit", "benchmark", "benchfromfile", "testeval", "edit",
 
 class BadInput(engine.EngineTest):
     def plays(self, player):
-        """The same engine still finds its way through an ordinary search."""
+        """The same engine still carries out an ordinary search."""
         player.send("stop")
         player.ready()
-        player.send("setoption name UCI_Chess960 value false", "ucinewgame", "position startpos")
-        player.ready()
+        player.send("ucinewgame", "position startpos")
+        player.set("UCI_Chess960 value false")
         self.check_search(Board(), player.go("depth 6"))
         self.assertEqual(player.quit(), 0)
 
@@ -62,12 +62,9 @@ class BadInput(engine.EngineTest):
             player = self.ready_engine()
             for name in ("PawnValue", "KnightValue", "BishopValue", "RookValue", "QueenValue", "TwoKnightsMalus",
                          "PairOfBishops", "KingSafety", "TimeUsage", "TBDistance", "NalimovCache", "Dummy2"):
-                player.send(f"setoption name {name} value {number}")
-                player.ready()
+                player.set(f"{name} value {number}")
                 self.assertTrue(player.go("depth 5", "startpos moves e2e4 d7d5").best)
-                player.send(f"setoption name {name} value 100")
-                player.ready()
-            player.ready()
+                player.set(f"{name} value 100")
             player.send(f"level {number} {number} {number}", f"time {number}", f"sd {number}")
             for word in ("depth", "wtime", "btime", "winc", "binc", "movestogo"):
                 for extra in ("", " wtime 30000", " ponder"):
@@ -91,19 +88,18 @@ class BadInput(engine.EngineTest):
                 self.assertTrue(player.go("depth 6", "startpos moves e2e4 d7d5").best)
                 self.assertEqual(player.quit(), 0)
 
-    def test_a_table_too_large_for_the_machine(self):
+    def test_a_table_for_which_there_is_no_memory(self):
+        error = "Error in createHashTable while creating shared memory:"
+        created = "^info string Create new hashtable with id [0-9]+, size = "
         player = self.ready_engine()
-        player.send("setoption name Hash value 99999999999")
-        lines = player.ready()
-        self.assertEqual(lines[0], "Error in createHashTable while creating shared memory:")
-        self.assertRegex(lines[-1], "^info string Create new hashtable with id [0-9]+, size = 2097152$")
+        lines = player.set("Hash value 99999999999")
+        self.assertEqual(lines[0], error)
+        self.assertRegex(lines[-1], f"{created}2097152$")
         self.plays(player)
-
-    def test_a_machine_that_has_less_memory_now(self):
-        old_table = 2097152 * 48
         with open(engine.Engine.program, "rb") as file:
             if b"__asan_init" in file.read():
                 self.skipTest("a sanitizer needs more room than there would be")
+        old_table = 2097152 * 48
         for room, buckets in ((64 << 20, 1048576), (-1 << 20, None)):
             player = self.ready_engine()
             player.go("depth 6", "startpos")  # all that a search allocates is there now
@@ -115,14 +111,14 @@ class BadInput(engine.EngineTest):
             player.send("setoption name Hash value 1024")
             if buckets:
                 lines = player.ready()
-                self.assertRegex(lines[-1], f"^info string Create new hashtable with id [0-9]+, size = {buckets}$")
+                self.assertRegex(lines[-1], f"{created}{buckets}$")
                 self.plays(player)
             else:
                 player.expected_end.add(1)
                 self.assertEqual(player.wait(), 1)
                 lines = player.read_all()
                 self.assertEqual(lines[2:], ["There is no memory for any hash table. Exiting now..."])
-            self.assertEqual(lines[0], "Error in createHashTable while creating shared memory:")
+            self.assertEqual(lines[0], error)
 
     def test_words_in_any_order(self):
         chance = random.Random(2)

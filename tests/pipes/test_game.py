@@ -6,16 +6,14 @@ import unittest
 import engine
 from rules import START, Board, perft
 
-# Leaf counts as chess programmers have published and confirmed them for years.
+# Published leaf counts.
 PERFT = [
-    (START, False, 3, 8902),
     ("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", False, 2, 2039),
     ("8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", False, 3, 2812),
     ("r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1", False, 3, 9467),
     ("n1n5/PPPk4/8/8/8/8/4Kppp/5N1N b - - 0 1", False, 3, 9483),
     ("bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9", True, 3, 12189),
     ("2nnrbkr/p1qppppp/8/1ppb4/6PP/3PP3/PPP2P2/BQNNRBKR w HEhe - 1 9", True, 2, 807),
-    ("qbbnnrkr/2pp2pp/p7/1p2pp2/8/P3PP2/1PPP1KPP/QBBNNR1R w hf - 0 9", True, 3, 13440),
 ]
 
 CHESS960_STARTS = [
@@ -30,57 +28,33 @@ class Games(engine.EngineTest):
         for fen, chess960, depth, leaves in PERFT:
             self.assertEqual(perft(Board(fen, chess960), depth), leaves, fen)
 
-    def play(self, fen, players, searches, opening, chess960=False):
-        """From a few given moves on to the end of the game; checks every answer and the engine's own verdict."""
-        board = Board(fen, chess960)
-        moves, earlier = [], []
-        for text in opening:
+    def play(self, seed, board, players, searches):
+        """Four random moves, then the engines to the end of the game. Checks every answer and the verdict."""
+        chance, fen, moves, earlier, verdict = random.Random(seed), board.fen(), [], [], None
+        while not verdict:
             earlier.append(board.identity())
-            board = board.play(board.find(text))
-            moves.append(text)
-        while True:
-            player, search = players[len(moves) % 2], searches[len(moves) % 2]
-            answer = player.go(search, f"fen {fen} moves {' '.join(moves)}")
-            earlier.append(board.identity())
+            if len(moves) < 4:
+                moves.append(board.uci(chance.choice(board.moves())))
+                board = board.play(board.find(moves[-1]))
+                continue
+            player = players[len(moves) % 2]
+            answer = player.go(searches[len(moves) % 2], f"fen {fen} moves {' '.join(moves)}")
             board = self.check_search(board, answer)
             moves.append(answer.best)
             verdict = board.end(earlier)
-            if verdict:
-                break
-        lines = player.read_to(r"result .*")
         result = {"White mates": "1-0", "Black mates": "0-1"}.get(verdict, "1/2-1/2")
-        self.assertEqual(lines[-1], f"result {result} {{{verdict}}}")
         claims = {"Draw by 50-moves-rule": ["I want to claim a draw by 50-moves-rule!"],
                   "Draw by repetition": ["I want to claim a draw by third-time-repetition!"]}
-        self.assertEqual(lines[:-1], claims.get(verdict, []))
+        self.assertEqual(player.read_to("result .*"), [*claims.get(verdict, []), f"result {result} {{{verdict}}}"])
 
-    def random_opening(self, seed, board, plies=4):
-        chance = random.Random(seed)
-        moves = []
-        for _ in range(plies):
-            moves.append(board.uci(chance.choice(board.moves())))
-            board = board.play(board.find(moves[-1]))
-        return moves
-
-    def test_games_between_two_engines(self):
-        for seed in range(2):
-            players = [self.ready_engine(settings="nHashTables=16384\n") for _ in range(2)]
-            for player in players:
-                player.send("ucinewgame")
-            self.play(START, players, ("depth 5", "depth 6"), self.random_opening(seed, Board()))
-            for player in players:
-                self.assertEqual(player.quit(), 0)
-
-    def test_a_game_by_the_clock(self):
-        player = self.ready_engine(settings="nHashTables=16384\n")
-        search = "wtime 400 btime 400 winc 5 binc 5"
-        self.play(START, (player, player), (search, search), self.random_opening(7, Board()))
-
-    def test_a_game_of_chess960(self):
+    def test_games(self):
+        clock = "wtime 400 btime 400 winc 5 binc 5"
+        for seed, searches in ((0, ("depth 5", "depth 6")), (1, ("depth 5", "depth 6")), (7, (clock, clock))):
+            players = [self.ready_engine(settings="nHashTables=16384\n") for _ in set(searches)]
+            self.play(seed, Board(), players * 2, searches)
         for seed, fen in enumerate(CHESS960_STARTS):
             player = self.ready_engine("UCI_Chess960 value true", settings="nHashTables=16384\n")
-            opening = self.random_opening(seed, Board(fen, True))
-            self.play(fen, (player, player), ("depth 5", "depth 5"), opening, chess960=True)
+            self.play(seed, Board(fen, True), (player, player), ("depth 5", "depth 5"))
 
 
 if __name__ == "__main__":

@@ -31,30 +31,24 @@ class Xboard(engine.EngineTest):
 
     def is_line(self, board, text):
         for word in text.split():
-            move = board.find(word, Board.line_text)
-            if move is None:
+            if not (move := board.find(word, Board.line_text)):
                 return False
             board = board.play(move)
         return True
 
     def reply(self, player, board, pondered=None, seen=()):
-        """Reads up to the engine's move. The lines, the position behind the move, and the reply it expects."""
+        """Reads up to the engine's move. The lines, the position after the move, and the reply it expects."""
         lines = [*seen, *player.read_to("move .*")]
         best, comment = lines[-1].split()[1], COMMENT.fullmatch(lines[-2])
         thoughts = self.thoughts(lines)
         for thought in thoughts:
-            possible = self.is_line(board, thought["pv"]) or pondered and self.is_line(pondered, thought["pv"])
-            self.assertTrue(possible, f"{thought[0]} on {board.fen()}")
+            self.assertTrue(any(self.is_line(start, thought["pv"]) for start in (board, pondered) if start),
+                            f"{thought[0]} on {board.fen()}")
         line = []
         if comment["nodes"] != "0":
             line = thoughts[-1]["pv"].split()
             self.assertEqual((line[0], *comment.group("pv", "depth")), (best, *thoughts[-1].group("pv", "depth")))
         return lines, board.play(board.find(best, Board.line_text)), line[1] if len(line) > 1 else None
-
-    def words_for(self, board, move):
-        """The texts in which an interface can send a move."""
-        castling = move[3] is not None and ("O-O" if move[1] % 8 == 6 else "O-O-O")
-        return castling or board.line_text(move), board.uci(move) if move[2] else board.line_text(move)
 
     def play(self, player, board, expected, chance, hard, clock):
         """A random mover against the engine, to the end of the game; each move is answered."""
@@ -64,7 +58,9 @@ class Xboard(engine.EngineTest):
             move = pondered = expected and board.find(expected, Board.line_text)
             if move not in moves or chance.random() < 0.5:
                 move = chance.choice(moves)
-            player.send(*clock(), chance.choice(self.words_for(board, move)))
+            castling = move[3] is not None and ("O-O" if move[1] % 8 == 6 else "O-O-O")
+            words = castling or board.line_text(move), board.uci(move) if move[2] else board.line_text(move)
+            player.send(*clock(), chance.choice(words))
             earlier.append(board.identity())
             pondered = pondered and hard and board.play(pondered)
             board = board.play(move)
@@ -110,7 +106,7 @@ class Xboard(engine.EngineTest):
                 expected = named.get(pondered) or board.find(pondered)
                 after = self.reply(player, board.play(move), board.play(expected))[1]
                 player.settled()
-                self.assertEqual(player.board(), after.fen(), f"{word} behind {pondered}")
+                self.assertEqual(player.board(), after.fen(), f"{word} after {pondered}")
         beside = Board("rk3r2/5p2/8/8/8/8/5P2/4RK1R w HEfa - 0 1", True)
         for word, placed in (("O-O", "rk3r2/5p2/8/8/8/8/5P2/4RRK1"), ("f1g1", "rk3r2/5p2/8/8/8/8/5P2/4R1KR")):
             self.assertEqual(self.after("variant fischerandom", f"fen {beside.fen()}", word).split()[0], placed)
@@ -123,7 +119,7 @@ class Xboard(engine.EngineTest):
             return after, int(COMMENT.fullmatch(lines[-2])["depth"])
 
         player = self.player()
-        board, reached = depth(MOVED, "sd 5", "e2e4", "d2d4", "g1f3")  # the later ones find it thinking, or no turn
+        board, reached = depth(MOVED, "sd 5", "e2e4", "d2d4", "c7c5")  # while it thinks no move counts
         self.assertEqual(reached, 5)
         move = board.line_text(board.moves()[0])
         player.send("force", move)
@@ -131,14 +127,15 @@ class Xboard(engine.EngineTest):
         self.assertEqual(depth(MOVED, "new", "e2e4")[1], 10)
 
     def test_every_clock_gets_its_move(self):
-        quick = ["level 0 0 0", "level x y z", "level 0 -1 0", "level 99999999999 0:00 0", "sd 0", "sd x", "time -1"]
-        thinks = ["level 40 0:01 0", "level 70 0:01 1", "sd 3x"]
-        long = ["level 40 5 0", "level 0 9999999999 0", "level -40 1:59 12", "sd 99"]
         player = self.player()
-        for forms, end in ((quick, []), (thinks, []), (long, ["?"])):
+        for thinks, end, forms in (
+                (False, [], ["0 0 0", "x y z", "0 -1 0", "99999999999 0:00 0", "0 5 0\nsd 0", "0 5 0\nsd x",
+                             "0 5 0\ntime -1"]),
+                (True, [], ["40 0:30 0", "70 0:01 1", "0 5 0\nsd 3x"]),
+                (True, ["?"], ["40 5 0", "0 9999999999 0", "-40 1:59 12", "0 0 0\nsd 99"])):
             for form in forms:
-                player.send("new", form, "e2e4", *end)
-                self.assertEqual(bool(self.thoughts(self.reply(player, MOVED)[0])), forms is not quick, form)
+                player.send("new", "level " + form, "e2e4", *end)
+                self.assertEqual(bool(self.thoughts(self.reply(player, MOVED)[0])), thinks, form)
                 player.settled()
 
     def test_draws_are_claimed_and_a_lost_game_is_resigned(self):
@@ -152,12 +149,13 @@ class Xboard(engine.EngineTest):
         self.reply(player, board)
         self.assertEqual(player.settled()[0][-2:], ["I want to claim a draw by third-time-repetition!",
                                                     "result 1/2-1/2 {Draw by repetition}"])
-        player = self.player("force", f"fen {LOST}", "sd 4", "go", settings=SMALL + "resignValue=500\n")
-        player.read_to("move .*")
-        self.assertEqual(player.settled()[0][-1:], ["resign"])
+        for value, told in ((500, ["resign"]), (5000, [])):
+            player = self.player("force", f"fen {LOST}", "sd 4", "go", settings=f"{SMALL}resignValue={value}\n")
+            player.read_to("move .*")
+            self.assertEqual([line for line in player.settled()[0] if "ponderMove" not in line], told)
 
     def pondering(self, fen=START, *lines):
-        """An engine that has moved and ponders; the position, the expected reply, and the position behind that."""
+        """An engine that has moved and ponders; the position, the expected reply, and the position after that."""
         player = self.player("force", f"fen {fen}", "hard", *(lines or ["sd 5"]), "go")
         _, board, expected = self.reply(player, Board(fen))
         seen, idle = player.settled()
@@ -165,11 +163,11 @@ class Xboard(engine.EngineTest):
         return player, board, expected, board.play(board.find(expected, Board.line_text)), seen
 
     def test_the_expected_move_when_the_time_is_used_up(self):
-        player, _, expected, behind, seen = self.pondering(MIDDLE_GAME)
+        player, _, expected, after, seen = self.pondering(MIDDLE_GAME)
         while sum(int(thought["depth"]) == 5 for thought in self.thoughts(seen)) < 2:
             seen.append(player.next_line())
         player.send(expected)
-        self.reply(player, behind, seen=seen)
+        self.reply(player, after, seen=seen)
 
     def test_the_expected_move_ends_the_game(self):
         for fen, limits, result in (
@@ -194,7 +192,7 @@ class Xboard(engine.EngineTest):
 
     def test_pondering_on_order_and_what_hard_means(self):
         for reply in ("e7e5", "c7c5"):
-            player = self.player("force", "e2e4", "sd 5", "fritz", "hard", "ponder e7e5")  # fritz: hard is not heard
+            player = self.player("force", "e2e4", "sd 5", "fritz", "hard", "ponder e7e5")  # fritz: hard has no effect
             seen, idle = player.settled()
             self.assertFalse(idle)
             player.send(reply)
@@ -214,7 +212,7 @@ class Xboard(engine.EngineTest):
             if text != "e1e3":  # which nobody can play, and so the analysis goes on
                 boards.append(boards[-1].play(boards[-1].find(text)))
             for line in player.read_to(THINKING.pattern):
-                self.assertTrue(self.is_line(boards[-1], THINKING.fullmatch(line)["pv"]), f"{line} behind {text}")
+                self.assertTrue(self.is_line(boards[-1], THINKING.fullmatch(line)["pv"]), f"{line} after {text}")
         player.send("exit", "force", f"fen {MATE_IN_ONE}", "analyze")
         lines = player.read_to("100 .*")  # searched to the last depth at once
         time.sleep(0.5)
