@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Holds README.md, CONTRIBUTING.md and docs/ to the program: scripts/check_documents.py ENGINE [fix]
+"""Compares README.md, CONTRIBUTING.md and docs/ with the program: scripts/check_documents.py ENGINE [fix]
 
-- Between the markers <!-- valku --settings --> and <!-- end --> stands what `valku --settings` prints, one table in
+- Between the markers <!-- valku --settings --> and <!-- end --> is what `valku --settings` prints, one table in
   each pair of markers. `fix` writes it there.
 - A ```text block whose first line begins with "> " is a session with the engine: what is typed stands after "> ", the
   rest is what the engine says. A line "..." stands for any lines. Times and the number of the hash table do not count.

@@ -7,15 +7,14 @@ Needs NumPy (Debian: python3-numpy).
     share/tuning/fit.py matrix.mg matrix.eg tuned.ini
     share/tuning/fit.py matrix.mg matrix.eg tuned.ini --present settings.ini --leash 20
 
-The label of a position is taken for the sum of what settings.ini can set, the same in middle game and ending, and of
+The label of a position is modeled as the sum of what settings.ini can set, the same in middle game and ending, and of
 what it cannot but the evaluation has: mobility, passed pawns by their rank and a constant, for each phase by itself.
-These only keep the weights from being bent by what is none of theirs. Every weight is tied to its present value as if
-that were known but for an error of some percent, the leash: where the positions say little, little is changed.
+The latter only keep the weights from absorbing these effects. Every weight has a Gaussian prior around its present value
+with a width of some percent, the leash: where the positions say little, little is changed.
 
-Labels are first brought to the scale of the present weights. Other engines count in other units; and as only positions
-with a label of at most 150 are in the matrices, those where much material is out of balance are just those where
-something else makes up for it, which alone would make all men look cheaper. What is fitted is how the weights stand to
-each other.
+Labels are first scaled to the unit of the present weights. Other engines use other units; and as only positions with a
+label of at most 150 are in the matrices, unbalanced material is always made up for by something else, which alone would
+make all pieces look cheaper. The fit therefore determines the ratios of the weights.
 """
 
 import argparse
@@ -33,13 +32,13 @@ KINDS = (("pawn", 48), ("knight", 64), ("bishop", 64), ("rook", 64), ("queen", 6
          ("doubled", 8), ("isolated", 8), ("mobility", 1))
 KING_COLUMNS = {"mg": 32, "eg": 64}
 
-# The key in settings.ini, its default, and the columns that it weighs; a cost weighs them negatively.
+# The key in settings.ini, its default, and the columns that it weighs; a penalty weighs them negatively.
 WEIGHTS = (("pawnValue", 100, "pawn", 1), ("knightValue", 370, "knight", 1), ("bishopValue", 381, "bishop", 1),
            ("rookValue", 580, "rook", 1), ("queenValue", 1160, "queen", 1), ("doublePawn", 12, "doubled", -1),
            ("isolatedPawn", 18, "isolated", -1))
-LEAST_LEASH = 3  # for weights of which some percent would be nothing
+LEAST_LEASH = 3  # for weights so small that some percent would be nothing
 
-# What the settings cannot express, for each phase: where it is expected and how far off it may well be.
+# What the settings cannot express, for each phase: expected value and width of the prior.
 OTHERS = (("constant", 0, 20), ("mobility", 1, 1), *((f"passed on rank {rank}", 0, 50) for rank in range(2, 7)))
 
 BLOCK = 20000  # rows read at a time
@@ -72,7 +71,7 @@ def readMatrix(path, phase):
 
 
 def joinPhases(middle, ending):
-    """The weights are common to both phases, the rest is each one's own."""
+    """The weights are common to both phases, the rest is separate."""
     (m, e), weights = (middle, ending), len(WEIGHTS)
     noneOf = lambda rows: np.zeros((len(rows), len(OTHERS)))
     return np.block([[m[:, :weights], m[:, weights:], noneOf(m)], [e[:, :weights], noneOf(e), e[:, weights:]]])
@@ -84,8 +83,8 @@ def sums(rows, labels):
 
 
 def solve(products, crosses, expected, leash, noise):
-    """The most likely scale and values, and the errors of the values: Gauss and Newton's steps for labels that are
-    the scale times the rows times the values, plus noise of that mean square."""
+    """The most likely scale and values, and the errors of the values: Gauss-Newton steps for labels that are the
+    scale times the rows times the values, plus noise of that mean square."""
     start = np.append(1, expected)
     ties = np.diag(1 / np.append(SCALE_LEASH, leash) ** 2)
     state = start
@@ -137,7 +136,7 @@ def main():
     free = np.concatenate([np.maximum(present * options.leash / 100, LEAST_LEASH), [off for _, _, off in OTHERS] * 2])
     fixed = np.where(np.arange(len(free)) < len(WEIGHTS), 1e-6, free)
 
-    # How far the labels are from any such sum. It is taken before the weights may move, so it is rather too large.
+    # The residual noise of the labels. It is measured before the weights may change, so it is rather too large.
     noise = max(1.0, meanSquare(labels - rows @ expected))
     scale, values, _ = solve(*sums(rows, labels), expected, fixed, noise)
     noise = max(1.0, meanSquare(labels - scale * rows @ values))
@@ -152,7 +151,7 @@ def main():
         words = "beyond two errors" if abs(new - old) > 2 * error else "within the noise" if change else ""
         print(f"{key:<14}{old:6.0f}{new:6.0f}{change:+8.0f}{error:16.1f}  {words}".rstrip())
 
-    # Each part of the positions is also foretold from the others, since any fit is good at what it has seen.
+    # Cross-validation: each part of the positions is also predicted from the others.
     print(f"\n{'root of the mean squared error':<32}{'fitted':>8}{'kept out of the fit':>22}")
     part = np.arange(len(labels)) % PARTS
     for name, leash in (("weights old, the rest fitted", fixed), ("weights new, the rest fitted", free)):

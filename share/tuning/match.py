@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plays a match between two settings of one engine, A and B, and tells whether their difference is beyond chance.
+"""Plays a match between two settings of one engine, A and B, and tells whether the difference is significant.
 
 Every opening is played twice, each side having White once, from an empty hash table and without a book, so at a fixed
 depth the same command gives the same games. The openings are the beginnings of the lines of share/book.txt. The engine
@@ -41,7 +41,7 @@ class Player:
         self.name = identity.removeprefix("id name ")
 
     def ask(self, words, last):
-        """The lines that come behind these words, up to the one that begins with `last`."""
+        """The lines that come after these words, up to the one that begins with `last`."""
         lines = []
         with contextlib.suppress(BrokenPipeError):  # an engine that is gone has no answer either
             self.process.stdin.write(words + "\n")
@@ -105,7 +105,7 @@ def playGame(sides, opening, options):
         moves.append(lines[-1].split()[1])
         reports = [match for match in map(REPORT.match, lines) if match]
         comments.append(f"{int(reports[-1][2]) / 100:.2f}/{reports[-1][1]}" if reports else "")
-        # Behind its move the engine says whether the game is over; a new position is set up only after that.
+        # After its move the engine says whether the game is over; a new position is set up only after that.
         words = sides[mover].ask(f"position startpos moves {' '.join(moves)}\nisready", "readyok")
         for over in filter(None, map(RESULT.fullmatch, words)):
             return moves, comments, over[1], over[2]
@@ -113,7 +113,7 @@ def playGame(sides, opening, options):
 
 
 def writeMoves(moves):
-    """The moves as game files have them, with the square of origin always, which saves us from knowing the rules."""
+    """The moves in algebraic notation, always with the square of origin, which needs no rules of chess."""
     men = {file + rank: man for rank, row in zip("1278", ("RNBQKBNR", "P" * 8, "p" * 8, "rnbqkbnr"))
            for file, man in zip("abcdefgh", row)}
     texts = []
@@ -187,8 +187,8 @@ def elo(score):
 def interval(units):
     """The mean of the units' shares, and its 95 % error.
 
-    The games of one opening are no independent trials, so the spread is that between openings. Two more, one all won
-    and one all lost, are added to it: a few games that happen to end alike are no certainty.
+    The games of one opening are no independent trials, so the variance is that between openings. Two more, one all
+    won and one all lost, are added to it: a few games that happen to end alike are no certainty.
     """
     mean = sum(units) / len(units)
     spread = sum((unit - mean) ** 2 for unit in [*units, 0, 1]) / (len(units) + 1)

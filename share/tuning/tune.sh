@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Goes the whole road of tuning once: quiet positions from games, labels for them from an engine, matrices of the
+# Runs all steps of tuning once: quiet positions from games, labels for them from an engine, matrices of the
 # labelled positions, weights fitted to the matrices, and a match of the new weights against the old ones. The files
-# of every step stay in the output folder. README.md beside this script tells what they are and how to read the figures.
+# of every step stay in the output folder. README.md beside this script explains them and how to read the figures.
 #
 #   share/tuning/tune.sh [--install] [--games FILE.pgn] [--engine COMMAND] [--labeller COMMAND] [--depth N]
 #                        [--settings FILE] [--games-to-play N] [--match-depth N] [--jobs N] [--output FOLDER]
@@ -90,18 +90,18 @@ mv games.part games.pgn
 
 # The engines of these steps run here, with the old settings but no book; of several lines of a key the last one counts.
 { cat old.ini && printf '\nbookFile=\n'; } >settings.ini
-# The engine splits its words at blanks; behind a script, commands of several words and folders with blanks serve too.
+# The engine splits its arguments at blanks. A script lets the command have arguments and its path blanks.
 printf '#!/bin/sh\nexec %s\n' "$labelled" >labeller
 chmod +x labeller
 
-# tell words file...: has the engine do its words, and sees to it that the files are made.
+# tell words file...: has the engine carry out the words, and checks that it has made the files.
 tell() {
     local words=$1
     shift
     printf 'console\n%s\nquit\n' "$words" | "$engine" >"${words%% *}.log" || fail "the engine failed at: $words"
-    ! grep '^Error\|^Could not' "${words%% *}.log" || fail "these words of the engine came of: $words"
+    ! grep '^Error\|^Could not' "${words%% *}.log" || fail "the engine reported these errors at: $words"
     for file in "$@"; do
-        [ -s "$file" ] || fail "nothing came of: $words
+        [ -s "$file" ] || fail "there is no result of: $words
 $(tail -n 5 "${words%% *}.log")"
     done
 }

@@ -162,7 +162,7 @@ Parameter table[] = {
     special("nHashTables", "not 0", storeHashBuckets, sizeOf<nHashTables>,
             "buckets of the hash table, 48 bytes each; rounded down to a power of two",
             spin("Hash", 1, 1, 1, 2048, applyHash,
-                 "mebibytes of the hash table, rounded down to a power of two of buckets; until it is set, `nHashTables` holds")),
+                 "mebibytes of the hash table, rounded down to a power of two of buckets; until it is set, `nHashTables` decides")),
     special("nPawnTables", "not 0", storePawnTableSize, sizeOf<nPawnTables>,
             "entries of the pawn table; rounded down to a power of two"),
     number("pawnValue", &pawnValue, "a pawn",
