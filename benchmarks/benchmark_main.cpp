@@ -5,7 +5,6 @@
 #include <string>
 
 #include "benchmark_engine.h"
-#include "book/book_settings.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
 #include "distributed/process_lists.h"
@@ -40,7 +39,6 @@ void startEngine() {
     initChessTables();
     initEvalTables();
     linkHistoryTables();
-    initBookWeights();
     initParameters();
     searchObserver = &observer;
     splitSearchPort = splitSearch;

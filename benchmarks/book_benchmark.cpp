@@ -9,7 +9,6 @@
 
 #include "benchmark_engine.h"
 #include "book/book_file.h"
-#include "book/book_settings.h"
 #include "book/pgn_reader.h"
 #include "chess/attacks.h"
 #include "chess/fen.h"
@@ -181,9 +180,11 @@ void walkPgn(benchmark::State& state) {
     state.SetLabel(style == databaseStyle ? "database" : "engine games");
     const Collection& games = collection(style);
     i64 shown = 0;
-    for (auto _ : state)
-        walkPgnFile(
-            games.path.string(), [&](const PgnPly&) { ++shown; }, PgnGame::maxPlies);
+    const auto visitor = [&](const PgnPly&) {
+        ++shown;
+        return true;
+    };
+    for (auto _ : state) walkPgnFile(games.path.string(), visitor, PgnGame::maxPlies);
     const i64 rounds = static_cast<i64>(state.iterations());
     if (shown != rounds * games.plies) state.SkipWithError("moves are missing");
     state.SetBytesProcessed(rounds * games.bytes);

@@ -1,10 +1,12 @@
 #include "book/book_editing.h"
 
+#include <string>
+
 #include "book/book_report.h"
 #include "book/opening_book.h"
 #include "chess/move_text.h"
 #include "chess/side.h"
-#include "platform/text_sink.h"
+#include "platform/fault.h"
 
 namespace valku {
 
@@ -14,7 +16,7 @@ struct EditedMove {
     int from;
     int to;
     u8 promotion = 0;
-    std::string_view rest{};  // behind the move
+    std::string_view rest{};  // after the move
 };
 
 bool isCoordinate(std::string_view text) {
@@ -31,67 +33,45 @@ bool isPromotion(int from, int to) {
     return gamePosition.board[from] == S::pawn && S::relativeRank(from) == 6 && S::relativeRank(to) == 7;
 }
 
-// The error text, or null if the move could be read.
+// `reader` is the name of the caller, which a fault tells.
 template <Color Us>
-const char* readMove(std::string_view text, const char* outOfRange, EditedMove& move) {
-    if (!isCoordinate(text) || !isCoordinate(text.substr(2))) return outOfRange;
-    move = {squareOf(text), squareOf(text.substr(2))};
+EditedMove readMove(std::string_view text, const std::string& reader) {
+    if (!isCoordinate(text) || !isCoordinate(text.substr(2)))
+        throw Fault("error in " + reader + ": coordinates out of range!");
+    EditedMove move{squareOf(text), squareOf(text.substr(2))};
     move.rest = text.substr(4);
-    if (!isPromotion<Us>(move.from, move.to)) return nullptr;
+    if (!isPromotion<Us>(move.from, move.to)) return move;
     move.promotion = move.rest.empty() ? u8{0} : promotionPiece(move.rest.front(), Us);
-    if (!move.promotion) return "error in receivedAddMove: promotion error!\n";
+    if (!move.promotion) throw Fault("error in receivedAddMove: promotion error!");
     move.rest.remove_prefix(1);
-    return nullptr;
+    return move;
 }
 
-const char* readMoveOfMover(std::string_view text, const char* outOfRange, EditedMove& move) {
-    return gamePosition.sideToMove == White ? readMove<White>(text, outOfRange, move)
-                                            : readMove<Black>(text, outOfRange, move);
-}
-
-const char* addMove(std::string_view text) {
-    EditedMove move;
-    if (const char* error =
-            readMoveOfMover(text, "error in receivedAddMove: coordinates out of range!\n", move))
-        return error;
-    if (move.rest.empty() || !isBookValue(move.rest.front()))
-        return "error in receivedAddMove: value out of range!\n";
-    if (findLegalMove(move.from, move.to, gamePosition) == nullMove)
-        return "error in receivedAddMove: illegal move!\n";
-    addBookMove(gamePosition, makeMoveWord(move.from, move.to, move.promotion), move.rest.front(),
-                Overwrite::always);
-    return nullptr;
-}
-
-const char* removeMove(std::string_view text) {
-    EditedMove move;
-    if (const char* error =
-            readMoveOfMover(text, "error in receivedRMMove: coordinates out of range!\n", move))
-        return error;
-    const i32 movesBefore = bookSize.moves;
-    const StateRecord& state = *gamePosition.state;
-    removeBookMove(state.hashHigh, state.hashLow, static_cast<u8>(move.from), static_cast<u8>(move.to),
-                   move.promotion);
-    return bookSize.moves < movesBefore ? nullptr : "error in receivedRMMove: move not found in book!\n";
+EditedMove readMoveOfMover(std::string_view text, const char* reader) {
+    return gamePosition.sideToMove == White ? readMove<White>(text, reader) : readMove<Black>(text, reader);
 }
 
 }  // namespace
 
 void receivedAddMove(std::string_view text) {
+    const EditedMove move = readMoveOfMover(text, "receivedAddMove");
+    if (move.rest.empty() || !isBookValue(move.rest.front()))
+        throw Fault("error in receivedAddMove: value out of range!");
+    if (findLegalMove(move.from, move.to, gamePosition) == nullMove)
+        throw Fault("error in receivedAddMove: illegal move!");
     const BookGrowth growth;
-    if (const char* error = addMove(text)) {
-        sendText(error);
-    } else {
-        growth.report();
-    }
+    addBookMove(gamePosition, makeMoveWord(move.from, move.to, move.promotion), move.rest.front(),
+                Overwrite::always);
+    growth.report();
 }
 
 void receivedRMMove(std::string_view text) {
-    if (const char* error = removeMove(text)) {
-        sendText(error);
-    } else {
-        reportBookSize();
-    }
+    const EditedMove move = readMoveOfMover(text, "receivedRMMove");
+    const StateRecord& state = *gamePosition.state;
+    const BookMove bookMove{static_cast<u8>(move.from), static_cast<u8>(move.to), move.promotion, 0};
+    if (!removeBookMove(state.hashHigh, state.hashLow, bookMove))
+        throw Fault("error in receivedRMMove: move not found in book!");
+    reportBookSize();
 }
 
 }  // namespace valku

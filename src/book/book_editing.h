@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-// Single moves of gamePosition into the book and out of it.
+// Single moves of gamePosition into the book and out of it. A Fault tells why nothing has changed.
 
 namespace valku {
 

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "book/book_settings.h"
 #include "book/opening_book.h"
 #include "chess/types.h"
 #include "platform/file_replacement.h"
+#include "platform/regular_file.h"
 #include "platform/text_sink.h"
 
 namespace valku {
@@ -21,25 +20,17 @@ enum Mark : u8 {
     bucketFollows = 0xC9,
     endOfBook = 0xCA,
 };
-constexpr u8 firstByteBehindSquares = 0x78;
+constexpr u8 firstByteAfterSquares = 0x78;
 
-// The bytes of a book file, one after the other; behind the last one comes endOfBook, and `ended` tells.
+// The bytes of a book file, one after the other; after the last one comes endOfBook, and `ended` tells.
 class BookBytes {
   public:
-    explicit BookBytes(const std::string& path) {
-        // A pipe or a device might never end.
-        std::error_code error;
-        if (std::filesystem::is_regular_file(path, error)) file.open(path, std::ios::binary | std::ios::ate);
-    }
+    explicit BookBytes(const std::string& path) : file(openRegularFile(path)) {}
 
     bool isOpen() const { return file.is_open(); }
 
     // Of the whole file. To be asked before the first byte.
-    std::size_t length() {
-        const std::streamoff end = file.tellg();
-        file.seekg(0);
-        return end > 0 ? static_cast<std::size_t>(end) : 0;
-    }
+    std::size_t length() { return static_cast<std::size_t>(std::max<std::streamoff>(lengthOf(file), 0)); }
 
     u8 next() {
         if (position == size && !refill()) return endOfBook;
@@ -84,10 +75,10 @@ class ErrorReport {
 void readMove(BookBytes& bytes, u8 from, u32 hashHigh, u32 hashLow, ErrorReport& errors) {
     const u8 to = bytes.next();
     const u8 promotion = bytes.next();
-    const char value = static_cast<char>(bytes.next());
+    const u8 value = bytes.next();
     if (bytes.ended) return;
-    if (onBoard(from) && onBoard(to) && isBookValue(value)) {
-        addBookMove(hashHigh, hashLow, from, to, promotion, value, Overwrite::always);
+    if (onBoard(from) && onBoard(to) && isBookValue(static_cast<char>(value))) {
+        addBookMove(hashHigh, hashLow, {from, to, promotion, value}, Overwrite::always);
     } else {
         errors.tell();
     }
@@ -99,7 +90,7 @@ void readBook(BookBytes& bytes) {
     u32 hashHigh = bytes.nextNumber(4);
     for (;;) {
         const u8 byte = bytes.next();
-        if (byte < firstByteBehindSquares) {
+        if (byte < firstByteAfterSquares) {
             readMove(bytes, byte, hashHigh, bucket, errors);
         } else if (byte == positionFollows || byte == bucketFollows) {
             if (byte == bucketFollows) bucket = bytes.nextNumber(2);
@@ -152,10 +143,7 @@ class BookWriter {
 
 bool loadBook() {
     BookBytes bytes(bookFile);
-    if (!bytes.isOpen()) {
-        sendText("No opening book found...\n");
-        return false;
-    }
+    if (!bytes.isOpen()) return false;
     constexpr std::size_t leastPosition = 9;       // its key, a move and the mark
     constexpr std::size_t mostExpected = 1 << 24;  // a file of any length need not be a book
     expectBookPositions(std::min(bytes.length() / leastPosition, mostExpected));

@@ -8,11 +8,14 @@
 
 namespace valku {
 
-// Adds the file named by bookFile to the book in memory. A damaged file is told and what could be read is
-// kept. Only the process that is asked for moves needs a book. False if there is no such file, which is told.
+// The path of the book that is loaded. A setting, written at start-up.
+inline std::string bookFile = "<empty>";
+
+// Adds the file named by bookFile to the book in memory; false if there is no such file. If it is damaged,
+// that is told, and what could be read is kept.
 bool loadBook();
 
-// A failure leaves the old file whole.
+// Writes the book in memory, and tells how that went. A failure leaves the old file whole.
 void saveBook(const std::string& path);
 
 }  // namespace valku

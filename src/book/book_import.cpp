@@ -1,7 +1,6 @@
 #include "book/book_import.h"
 
 #include <cctype>
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string_view>
@@ -12,8 +11,10 @@
 #include "book/pgn_reader.h"
 #include "book/text_book.h"
 #include "chess/fen.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
+#include "platform/regular_file.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 
@@ -24,14 +25,7 @@ namespace {
 constexpr std::string_view valueAnswers = "0abcdefg";
 constexpr char leaveOut = '0';
 
-void tellEndOfInput() {
-    sendText("Error: the input ended before all questions were answered!\n");
-}
-
-bool canBeRead(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(path, error) && std::ifstream(path).is_open();
-}
+constexpr const char* inputEnded = "Error: the input ended before all questions were answered!";
 
 // The text book's dialog.
 
@@ -132,8 +126,7 @@ constexpr GlyphValue glyphValues[] = {
     {"?!", "$6", 'e'}, {"?", "$2", 'f'}, {"??", "$4", 'g'},
 };
 
-// A run of ! and ?, or $ with its digits, from the start of `text`, which is moved on behind it; empty at the
-// end.
+// Takes the next glyph out of the text: a run of ! and ?, or $ with its digits. Empty if there is none.
 std::string_view takeGlyph(std::string_view& text) {
     const auto isMark = [](char c) { return c == '!' || c == '?'; };
     while (!text.empty() && !isMark(text.front()) && text.front() != '$') text.remove_prefix(1);
@@ -147,7 +140,7 @@ std::string_view takeGlyph(std::string_view& text) {
     return glyph;
 }
 
-// The first of the glyphs that says something of the move's worth decides.
+// Of the first glyph that stands for a value.
 char valueOf(std::string_view glyphs, char otherwise) {
     for (std::string_view glyph = takeGlyph(glyphs); !glyph.empty(); glyph = takeGlyph(glyphs)) {
         for (const GlyphValue& row : glyphValues) {
@@ -165,47 +158,39 @@ void addPgnMove(const PgnPly& ply, const PgnImport& import) {
 
 }  // namespace
 
-bool importTextBook(const std::string& path) {
+void importTextBook(const std::string& path) {
     readFen(startPositionFen);
-    if (!canBeRead(path)) {
+    std::ifstream text = openRegularFile(path);
+    if (!text.is_open()) {
         sendText("Error: file does not exist!\n");
-        return true;
+        return;
     }
     sendText(formatText("Current book contains %i positions with %i moves.\n", bookSize.positions,
                         bookSize.moves));
     const std::optional<TextImport> import = askTextImport();
     if (!import) {
-        tellEndOfInput();
-        return true;
+        sendText(std::string(inputEnded) + "\n");
+        return;
     }
     sendText("Importing opening book...\n");
     const LongCommand longCommand;
     const BookGrowth growth;
-    std::ifstream text(path);
-    const bool complete = readTextBook(text, import->values, import->overwrite) == TextBookEnd::complete;
-    if (!complete) {
-        sendText("Error in importTextBook(): promotion error!\n");
-        return false;
-    }
+    readTextBook(text, import->values, import->overwrite);
     readFen(startPositionFen);
     growth.report();
-    return true;
 }
 
-bool importPgnBook(const std::string& path, void (*beginGames)()) {
-    if (!canBeRead(path)) {
-        sendText("Error: could not open " + path + "!\n");
-        return false;
-    }
+void importPgnBook(const std::string& path, void (*beginGames)()) {
+    if (!openRegularFile(path).is_open()) throw Fault("Error: could not open " + path + "!");
     const std::optional<PgnImport> import = askPgnImport();
-    if (!import) {
-        tellEndOfInput();
-        return false;
-    }
+    if (!import) throw Fault(inputEnded);
     beginGames();
     const LongCommand longCommand;
-    return walkPgnFile(
-        path, [&](const PgnPly& ply) { addPgnMove(ply, *import); }, import->plyLimit);
+    const auto visitor = [&](const PgnPly& ply) {
+        addPgnMove(ply, *import);
+        return true;
+    };
+    walkPgnFile(path, visitor, import->plyLimit);
 }
 
 }  // namespace valku

@@ -7,10 +7,12 @@
 
 namespace valku {
 
-// False if the text asks for a promotion to what is no piece: the process must end with code 1 then.
-bool importTextBook(const std::string& path);
+// Adds the moves of a text book (see text_book.h). What keeps it from beginning is told. Throws Fault if the
+// text asks for a promotion to what is no piece: the process must end with code 1 then.
+void importTextBook(const std::string& path);
 
-// `beginGames` is called before the games are read. False if they are not.
-bool importPgnBook(const std::string& path, void (*beginGames)());
+// Adds the moves of a file's games. `beginGames` is called before the games are read. Throws Fault if they
+// are not.
+void importPgnBook(const std::string& path, void (*beginGames)());
 
 }  // namespace valku

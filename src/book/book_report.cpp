@@ -16,10 +16,10 @@ void showBookStats() {
     sendText(text);
 }
 
-void showBookMoves(bool onMove) {
+void showBookMoves(bool aGuess) {
     const StateRecord& state = *gamePosition.state;
     const std::vector<BookMove> moves = bookMoves(state.hashHigh, state.hashLow);
-    if (moves.empty() || !onMove) {
+    if (moves.empty() || aGuess) {
         sendText("No moves for this position in the opening book!\n");
         return;
     }

@@ -9,13 +9,13 @@ namespace valku {
 // How many moves of each value.
 void showBookStats();
 
-// The moves of gamePosition; none unless `onMove`, since the board may hold a guess.
-void showBookMoves(bool onMove);
+// The moves of gamePosition; none if the board holds `aGuess`, the move that is pondered on.
+void showBookMoves(bool aGuess);
 
 // The sizes, then the moves of each value.
 void reportBookSize();
 
-// Remembers the book's size when it is made, and reports what has come since.
+// Reports how much the book has grown since this was made.
 class BookGrowth {
   public:
     void report() const;

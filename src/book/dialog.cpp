@@ -5,8 +5,9 @@
 
 namespace valku {
 
-// Moves on to the next text that is no blank, over as many lines as need be.
-bool Dialog::fill() {
+// Moves on to the next character that is no blank, over as many lines as it takes. False at the end of the
+// input.
+bool Dialog::skipBlanks() {
     for (;;) {
         const std::size_t start = rest.find_first_not_of(" \t\r");
         if (start != std::string::npos) {
@@ -21,7 +22,7 @@ std::optional<char> Dialog::askCharacter(std::string_view question, std::string_
                                          std::string_view complaint) {
     for (;;) {
         sendText(question);
-        if (!fill()) return std::nullopt;
+        if (!skipBlanks()) return std::nullopt;
         const char answer = rest.front();
         rest.erase(0, 1);
         if (allowed.find(answer) != std::string_view::npos) return answer;
@@ -31,7 +32,7 @@ std::optional<char> Dialog::askCharacter(std::string_view question, std::string_
 
 std::optional<std::string> Dialog::askLine(std::string_view question) {
     sendText(question);
-    if (!fill()) return std::nullopt;
+    if (!skipBlanks()) return std::nullopt;
     std::string line;
     line.swap(rest);
     return line;

@@ -4,25 +4,26 @@
 #include <string>
 #include <string_view>
 
-// Questions to the person at the console. The answers are read straight from standard input, past the chain
-// of commands; several of them may stand in one line. Only for the thread that reads the commands.
+// Questions to the person at the console. The answers are read straight from standard input, before the
+// dispatcher sees them; one line may hold several. Only for the thread that reads the commands.
 
 namespace valku {
 
 class Dialog {
   public:
-    // Asks until the answer is one of the `allowed` characters; a wrong one is met with `complaint`. Nothing
-    // at the end of the input.
+    // Asks until the answer is one of the `allowed` characters; a wrong one is answered with `complaint`.
+    // Nothing at the end of the input.
     std::optional<char> askCharacter(std::string_view question, std::string_view allowed,
                                      std::string_view complaint);
 
-    // Asks for a line: what is left of the one that is being read, unless it is blank, else the next.
+    // Asks for a line: the rest of the one that is being read, or the next if that rest is blank. Nothing at
+    // the end of the input.
     std::optional<std::string> askLine(std::string_view question);
 
   private:
-    bool fill();
+    bool skipBlanks();
 
-    std::string rest;
+    std::string rest;  // of the line that is being read
 };
 
 }  // namespace valku

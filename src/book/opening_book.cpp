@@ -18,8 +18,7 @@ struct MoveNode {
     u32 next;  // among furtherMoves, or nothing
 };
 
-// A million of these are a common book, so they are kept small, with the first move in them: most have no
-// other.
+// A book commonly has a million of these, so they are small and hold their first move: most have no other.
 struct Entry {
     u32 hashHigh;
     u32 next;  // in the chain
@@ -29,20 +28,22 @@ struct Entry {
 };
 static_assert(sizeof(Entry) == 20);
 
-// All in the order of their coming, which is that of the file inside a bucket. What is removed stays as a
-// gap: its place in that order is lost, should it come again.
+// In the order in which they were added, which is that of the file within a bucket. A removed entry leaves a
+// gap; if its position is added again, it goes to the end.
 std::deque<Entry> entries;
 std::deque<MoveNode> furtherMoves;
 
-// The entries are found through chains, whose number grows with the book. A power of two, or empty.
+// A hash table with chaining; the heads of the chains. Their number grows with the book: a power of two, or
+// 0.
 std::vector<u32> chains;
 
 u16 bucketOf(u32 hashLow) {
     return static_cast<u16>(hashLow % bucketCount);
 }
 
-// A file comes by its buckets. So each bucket has a stretch of chains near those of its neighbours, which
-// keeps the reading within the caches, and long enough for a book that is all in one bucket.
+// A file is read bucket by bucket. So each bucket has a stretch of chains near those of its neighbours, which
+// keeps the reading within the caches, and long enough for a book that is all in one bucket. The keys are
+// spread by multiplicative hashing with the golden ratio (Knuth, The Art of Computer Programming, 6.4).
 u32& chainOf(u32 hashHigh, u16 bucket) {
     const u64 stretch = chains.size() / 16;
     const u64 begin = u64{bucket} * chains.size() / bucketCount;
@@ -50,7 +51,7 @@ u32& chainOf(u32 hashHigh, u16 bucket) {
     return chains[(begin + (mixed & (stretch - 1))) & (chains.size() - 1)];
 }
 
-// Enough chains for so many entries.
+// Makes enough chains for `entryCount` entries.
 void growChains(std::size_t entryCount) {
     constexpr std::size_t fewest = 1024;
     constexpr std::size_t entriesPerChain = 2;
@@ -66,7 +67,7 @@ void growChains(std::size_t entryCount) {
     }
 }
 
-// The link that leads to the entry, or the end of its chain. There must be chains.
+// The link to the entry, or the end of its chain. There must be chains.
 u32& linkTo(u32 hashHigh, u16 bucket) {
     u32* link = &chainOf(hashHigh, bucket);
     while (*link != nothing && (entries[*link].hashHigh != hashHigh || entries[*link].bucket != bucket))
@@ -151,8 +152,7 @@ void expectBookPositions(std::size_t count) {
     growChains(entries.size() + count);
 }
 
-void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char value, Overwrite overwrite) {
-    const BookMove move{from, to, promotion, static_cast<u8>(value)};
+void addBookMove(u32 hashHigh, u32 hashLow, const BookMove& move, Overwrite overwrite) {
     Entry* entry = findEntry(hashHigh, bucketOf(hashLow));
     if (!entry) {
         appendEntry(hashHigh, bucketOf(hashLow), move);
@@ -173,21 +173,21 @@ void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char v
 }
 
 void addBookMove(const Position& position, Move move, char value, Overwrite overwrite) {
-    addBookMove(position.state->hashHigh, position.state->hashLow, static_cast<u8>(moveFrom(move)),
-                static_cast<u8>(moveTo(move)), movePromotion(move), value, overwrite);
+    const BookMove bookMove{static_cast<u8>(moveFrom(move)), static_cast<u8>(moveTo(move)),
+                            movePromotion(move), static_cast<u8>(value)};
+    addBookMove(position.state->hashHigh, position.state->hashLow, bookMove, overwrite);
 }
 
-void removeBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion) {
-    const BookMove move{from, to, promotion, 0};
+bool removeBookMove(u32 hashHigh, u32 hashLow, const BookMove& move) {
     Entry* entry = findEntry(hashHigh, bucketOf(hashLow));
-    if (!entry) return;
+    if (!entry) return false;
     MoveNode* node = &entry->first;
     MoveNode* before = nullptr;
     while (node && !isSameMove(node->move, move)) {
         before = node;
         node = nextOf(*node);
     }
-    if (!node) return;
+    if (!node) return false;
     --countOf(node->move.value);
     --bookSize.moves;
     if (before) {
@@ -199,6 +199,7 @@ void removeBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion) {
         entry->removed = true;
         --bookSize.positions;
     }
+    return true;
 }
 
 }  // namespace valku

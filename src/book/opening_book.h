@@ -14,12 +14,11 @@ constexpr char bestBookValue = 'a';
 constexpr char worstBookValue = 'g';
 constexpr int bookValues = worstBookValue - bestBookValue + 1;
 
-// Is the character one of the values?
 constexpr bool isBookValue(char value) {
     return value >= bestBookValue && value <= worstBookValue;
 }
 
-// The four bytes of the file. Castling is the king's move; no mark says so.
+// As the file has it. Castling is the king's move; no mark says so.
 struct BookMove {
     u8 from;
     u8 to;
@@ -27,10 +26,10 @@ struct BookMove {
     u8 value;      // a letter, 'a' the best
 };
 
-// What becomes of a move that is in the book already.
+// Whether a new value replaces that of a move that is in the book already.
 enum class Overwrite { keep = 0, always = 1, ifBetter = 2, ifWorse = 3 };
 
-// How much is in the book. Written with it.
+// How much is in the book. Written by the functions below.
 struct BookSize {
     i32 positions = 0;
     i32 moves = 0;
@@ -39,8 +38,8 @@ struct BookSize {
 
 extern BookSize bookSize;
 
-// The moves of a position in the order of their coming, which is part of the pick. None if the position is
-// not in the book.
+// The moves of a position in the order in which they were added, which the pick depends on. None if the
+// position is not in the book.
 std::vector<BookMove> bookMoves(u32 hashHigh, u32 hashLow);
 
 // A position of the book with its moves, as long as the visit lasts.
@@ -50,20 +49,21 @@ struct BookPosition {
     const std::vector<BookMove>& moves;
 };
 
-// Shows every position in the order of the file: by their buckets, those of a bucket in the order of their
-// coming.
+// Calls `visit` with every position in the order of the file: by bucket, those of a bucket in the order in
+// which they were added.
 void forEachBookPosition(const std::function<void(const BookPosition&)>& visit);
 
-// Makes ready for about so many new positions. They come faster then, above all in the order of the buckets.
+// Makes room for about `count` new positions, so that they are added faster, above all in the order of the
+// buckets.
 void expectBookPositions(std::size_t count);
 
-// `value` must be a letter of the book.
-void addBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion, char value, Overwrite overwrite);
+// Adds a move to a position, which need not be in the book yet.
+void addBookMove(u32 hashHigh, u32 hashLow, const BookMove& move, Overwrite overwrite);
 
-// A move of `position`; castling is the king's.
+// The same with a move of the board. `value` must be a letter of the book.
 void addBookMove(const Position& position, Move move, char value, Overwrite overwrite);
 
-// Takes the move out, and the position with its last move. Nothing if it is not there.
-void removeBookMove(u32 hashHigh, u32 hashLow, u8 from, u8 to, u8 promotion);
+// Removes the move, whatever its value, and the position with its last move. False if it is not there.
+bool removeBookMove(u32 hashHigh, u32 hashLow, const BookMove& move);
 
 }  // namespace valku

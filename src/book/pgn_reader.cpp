@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
+#include <new>
 
-#include "book/file_text.h"
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/pgn_move.h"
+#include "platform/fault.h"
 #include "platform/long_command.h"
+#include "platform/regular_file.h"
 #include "platform/text_sink.h"
 
 namespace valku {
@@ -39,7 +42,7 @@ constexpr ResultToken resultTokens[] = {
 
 enum CharClass : u8 { wordChar = 1, blank = 2, digit = 4, letter = 8, glyph = 16, resultChar = 32 };
 
-// A move runs to the next character that can part words. Whatever else stands in it, such as the bytes of a
+// A move runs to the next character that can separate words. Whatever else is in it, such as the bytes of a
 // figurine, belongs to it, so that it is refused as a whole and not read as some other move.
 struct CharRow {
     std::string_view chars;
@@ -71,7 +74,7 @@ bool isOf(char c, u8 charClass) {
     return (charClasses[static_cast<u8>(c)] & charClass) != 0;
 }
 
-// Cuts a text into games. It goes over the text once; nothing that it has passed is looked at again.
+// Cuts a text into games, in one pass: the time is linear in the size, whatever the text holds.
 class PgnText {
   public:
     explicit PgnText(std::string_view text)
@@ -107,9 +110,9 @@ class PgnText {
             } else if (c == '"') {
                 quoted_ = !quoted_;
                 ++at_;
-            } else if (!passOver()) {
-                // A word that begins with a sign goes whole, such as +/- and all that looks like a result in
-                // it.
+            } else if (!skipVariationOrEscapedLine()) {
+                // A word that begins with a sign is skipped whole, such as +/- and what looks like a result
+                // in it.
                 at_ = std::max(at_ + 1, endOf(at_, wordChar));
             }
         }
@@ -129,7 +132,7 @@ class PgnText {
         quoted_ = false;
     }
 
-    // The text up to there, which is left behind.
+    // The text up to `to`; the next that is read comes after it.
     std::string_view take(const char* to) {
         const std::string_view text(at_, static_cast<std::size_t>(to - at_));
         at_ = to;
@@ -154,8 +157,8 @@ class PgnText {
     }
     bool startsComment() const { return *at_ == '{' || (*at_ == ';' && !quoted_); }
 
-    // No move or result is read in a quotation, but what may hold others' quotation marks is passed over as
-    // everywhere, and a line of a tag ends a quotation that was never closed.
+    // No move or result is read in a quotation, but what may hold other quotation marks is skipped as
+    // everywhere, and a tag line ends a quotation that was never closed.
     static bool standsOutInQuotes(char c) { return c == '"' || c == '{' || c == '(' || c == '[' || c == '%'; }
 
     std::string_view readComment() {
@@ -172,8 +175,9 @@ class PgnText {
         comment = {from, static_cast<std::size_t>(text.data() + text.size() - from)};
     }
 
-    // Passes over a line that is no part of the game, or a variation with all that is in it.
-    bool passOver() {
+    // Skips a line that % takes out of the game, or a variation with all that is in it. False if neither
+    // begins here.
+    bool skipVariationOrEscapedLine() {
         if (*at_ == '%' && startsLine()) {
             at_ = find('\n');
             return true;
@@ -227,9 +231,9 @@ class PgnText {
     }
 
     void readMove(PgnGame& game) {
-        if (passOverEnPassantMark()) return;
+        if (skipEnPassantMark()) return;
         std::string_view text = take(endOf(at_, wordChar));
-        // The mark may also stand right behind the move.
+        // The mark may also follow the move without a blank.
         if (text.size() > 1 && text.ends_with('e') && rest().starts_with(".p.")) {
             text.remove_suffix(1);
             at_ += 3;
@@ -241,7 +245,7 @@ class PgnText {
         *lastPly_ = {text, readGlyphs(), {}};
     }
 
-    bool passOverEnPassantMark() {
+    bool skipEnPassantMark() {
         constexpr std::string_view mark = "e.p.";
         if (*at_ != 'e' || !rest().starts_with(mark)) return false;
         at_ += mark.size();
@@ -257,8 +261,8 @@ class PgnText {
         return take(to);
     }
 
-    // True if it was the result. Castling written with zeros is left to the conversion to refuse: passed over
-    // like a number, it would leave the moves behind it to the wrong side.
+    // True if it was the result. Castling written with zeros is left to the conversion to refuse: skipped
+    // like a number, it would give the moves after it to the wrong side.
     bool readNumberOrResult(PgnGame& game) {
         const char* const numberEnd = endOf(at_, digit);
         if (numberEnd == end_ || !isOf(*numberEnd, resultChar)) {
@@ -287,12 +291,12 @@ class PgnText {
         findNextGame();
     }
 
-    // Behind a result: to the next tag, or to the first move of a game without tags.
+    // After a result: to the next tag, or to the first move of a game without tags.
     void findNextGame() {
         while (at_ != end_ && *at_ != '[') {
             if (startsComment()) {
                 readComment();
-            } else if (!passOver()) {
+            } else if (!skipVariationOrEscapedLine()) {
                 if (*at_ == '1' && isOf(at_[-1], blank) && rest().starts_with("1.")) return;
                 ++at_;
             }
@@ -315,41 +319,55 @@ bool setStart(const PgnGame& game) {
     return false;
 }
 
-// Returns how many moves have been shown.
-i32 walkGame(const PgnGame& game, const PgnVisitor& perMove, i32 plyLimit, bool first) {
-    const i32 plies = game.plyCount < plyLimit ? game.plyCount : plyLimit;
+// False if the visitor ends the walk.
+bool walkGame(const PgnGame& game, const PgnVisitor& perMove, i32 plyLimit) {
+    const i32 plies = std::min(game.plyCount, plyLimit);
     for (i32 ply = 0; ply < plies; ++ply) {
         const char* complaint;
         const Move move = convertPGNMove2move(game.plies[ply].move, &complaint);
         if (move == nullMove) {
             sendText(complaint);
-            return ply;
+            return true;
         }
-        perMove({gamePosition, move, ply, game, first});
+        if (!perMove({gamePosition, move, ply, game})) return false;
         playGameMove(move);
     }
-    return plies > 0 ? plies : 0;
+    return true;
 }
 
 void tellProgress(i64 games) {
     sendText("Went through " + std::to_string(games) + " games...\n");
 }
 
+// The bytes of a file. Of one that cannot be read to its end, the part is there that can.
+class FileText {
+  public:
+    explicit FileText(const std::string& path) {
+        std::ifstream file = openRegularFile(path);
+        const std::streamoff length = file.is_open() ? lengthOf(file) : -1;
+        if (length >= 0) bytes.reset(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
+        if (!bytes) throw Fault("Could not open file " + path + "!");
+        file.read(bytes.get(), length);
+        size = static_cast<std::size_t>(file.gcount());
+    }
+
+    std::string_view text() const { return {bytes.get(), size}; }
+
+  private:
+    std::unique_ptr<char[]> bytes;
+    std::size_t size = 0;
+};
+
 }  // namespace
 
 bool walkPgnFile(const std::string& path, const PgnVisitor& perMove, i32 plyLimit,
                  const std::function<void()>& atEnd) {
     const FileText file(path);
-    if (!file.isOpen()) {
-        sendText("Could not open file " + path + "!\n");
-        return false;
-    }
     PgnText text(file.text());
     PgnGame game;
     i64 games = 0;
-    bool first = true;
     while (!commandStopped() && text.readGame(game)) {
-        if (setStart(game) && walkGame(game, perMove, plyLimit, first) > 0) first = false;
+        if (setStart(game) && !walkGame(game, perMove, plyLimit)) return false;
         if (++games % 1000 == 0) tellProgress(games);
     }
     atEnd();

@@ -6,8 +6,8 @@
 
 #include "chess/position.h"
 
-// The games of a PGN file, one after the other. Used by the import of a book and by the statistics over the
-// engine's own games.
+// The games of a file in Portable Game Notation (S. J. Edwards, "PGN: Specification and Implementation
+// Guide", 1994), one after the other.
 
 namespace valku {
 
@@ -20,21 +20,21 @@ enum class PgnResult : i32 {
     endOfData = 4,  // the data ended first
 };
 
-// One game as its text has it, nothing of it examined. All texts are parts of the file in memory and valid
-// while the walk lasts; what a game lacks is empty.
+// One game as its text has it, unchecked. All texts are parts of the file in memory and valid while the walk
+// lasts; what a game lacks is empty.
 struct PgnGame {
     static constexpr i32 maxPlies = 512;
 
     struct Ply {
         std::string_view move;
-        std::string_view glyphs;   // every !, ? and $n right behind the move
-        std::string_view comment;  // of several, from the first one's begin to the last one's end
+        std::string_view glyphs;   // every !, ? and $n right after the move
+        std::string_view comment;  // of several, from the start of the first to the end of the last
     };
 
     i32 plyCount = 0;     // later moves of a longer game are dropped
     Ply plies[maxPlies];  // the first plyCount are valid
     std::string_view event, white, black, whiteElo, blackElo, fen, round;
-    std::string_view resultText;  // as it stands behind the moves
+    std::string_view resultText;  // as it stands after the moves
     PgnResult result = PgnResult::none;
 };
 
@@ -44,18 +44,16 @@ struct PgnPly {
     Move move;
     i32 ply;  // from 0
     const PgnGame& game;
-    bool first;  // the game is the first of the run from which moves are shown
 };
 
-using PgnVisitor = std::function<void(const PgnPly&)>;
+// Returns false to end the walk at once. Leaves gamePosition as it found it.
+using PgnVisitor = std::function<bool(const PgnPly&)>;
 
-// Shows every move of a file's games, up to plyLimit in each, and plays it on gamePosition. A game ends early
-// at a move that cannot be read, and one whose FEN cannot be read is passed over; both are told, and the walk
-// goes on. Chess960 must be off. The visitor leaves gamePosition as it found it. It is not told which call is
-// the last: whoever has a report to give gives it in `atEnd`, which comes behind the last move of all, or if
-// there is none.
-//
-// False, with a line sent, if the file could not be opened; only a regular file can.
+// Calls perMove for every move of a file's games, up to plyLimit in each, and plays the move on gamePosition.
+// A game ends early at a move that cannot be read, and one whose FEN cannot be read is skipped; both are
+// told, and the walk goes on. `atEnd` is called after the last move of all, or if there is none, and before
+// the number of games is told; neither happens if the visitor has ended the walk, which then returns false.
+// Chess960 must be off. Throws Fault if the file cannot be read; only a regular file can.
 bool walkPgnFile(
     const std::string& path, const PgnVisitor& perMove, i32 plyLimit,
     const std::function<void()>& atEnd = [] {});

@@ -1,11 +1,13 @@
 #include "book/text_book.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "chess/game.h"
 #include "chess/move_text.h"
+#include "platform/fault.h"
 #include "platform/long_command.h"
 #include "platform/text_scan.h"
 
@@ -16,7 +18,7 @@ namespace {
 constexpr std::size_t longestLine = 4096;
 constexpr char endOfBranch = ';';
 
-// One line of the text; behind its end stand ends of branches only.
+// One line of the text. Past its end there is nothing but ends of branches.
 class Branch {
   public:
     explicit Branch(std::string_view line) : text(line.substr(0, longestLine)) {
@@ -61,17 +63,18 @@ int readSquare(Branch& branch) {
     return makeSquare(file, rank);
 }
 
-// False if what stands there is no move.
-bool readMove(Branch& branch, BranchMove& move) {
+// Nothing if the text there is no move.
+std::optional<BranchMove> readMove(Branch& branch) {
+    BranchMove move;
     move.from = readSquare(branch);
-    if (move.from == noSquare) return false;
+    if (move.from == noSquare) return std::nullopt;
     move.to = readSquare(branch);
-    if (move.to == noSquare) return false;
+    if (move.to == noSquare) return std::nullopt;
     if (branch.peek() == '/') {
         branch.next();
         move.promotion = branch.next();
     }
-    if (branch.peek() == endOfBranch) return true;
+    if (branch.peek() == endOfBranch) return move;
     branch.next();
     branch.skipBlanks();
     if (isBookValue(branch.peek()) || branch.peek() == '-') {
@@ -79,37 +82,34 @@ bool readMove(Branch& branch, BranchMove& move) {
         if (branch.peek() != endOfBranch) branch.next();
     }
     branch.skipBlanks();
-    return true;
+    return move;
 }
 
-TextBookEnd readBranch(Branch& branch, const TextBookValues& values, Overwrite overwrite) {
-    if (branch.ply < 0) return TextBookEnd::complete;
+void readBranch(Branch& branch, const TextBookValues& values, Overwrite overwrite) {
+    if (branch.ply < 0) return;
     while (stackedMoves(gamePosition) + droppedGameMoves > branch.ply && takeBackGameMove()) {
     }
     branch.skipBlanks();
     while (branch.peek() != endOfBranch) {
-        BranchMove read;
-        if (!readMove(branch, read)) return TextBookEnd::complete;
-        const u8 piece = promotionPiece(read.promotion, static_cast<Color>(gamePosition.sideToMove));
-        if (read.promotion && !piece) return TextBookEnd::wrongPromotion;
-        const Move move = withPromotion(findLegalMove(read.from, read.to, gamePosition), piece);
+        const std::optional<BranchMove> read = readMove(branch);
+        if (!read) return;
+        const u8 piece = promotionPiece(read->promotion, static_cast<Color>(gamePosition.sideToMove));
+        if (read->promotion && !piece) throw Fault("Error in importTextBook(): promotion error!");
+        const Move move = withPromotion(findLegalMove(read->from, read->to, gamePosition), piece);
         if (move == nullMove) continue;
-        const char value = values.at(read.value);
+        const char value = values.at(read->value);
         if (isBookValue(value)) addBookMove(gamePosition, move, value, overwrite);
         playGameMove(move);
     }
-    return TextBookEnd::complete;
 }
 
 }  // namespace
 
-TextBookEnd readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite) {
+void readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite) {
     for (std::string line; !commandStopped() && std::getline(text, line);) {
         Branch branch(line);
-        if (readBranch(branch, values, overwrite) == TextBookEnd::wrongPromotion)
-            return TextBookEnd::wrongPromotion;
+        readBranch(branch, values, overwrite);
     }
-    return TextBookEnd::complete;
 }
 
 }  // namespace valku

@@ -5,9 +5,9 @@
 
 #include "book/opening_book.h"
 
-// Books as text. A line is a branch: a move number, with a "-" behind it if Black is to move, tells the point
-// of the game before it from which it goes on; then come moves such as E2E4 or E7E8/Q, each with a value or
-// none, and ";" at the end. Moves that are not legal are passed over.
+// Books as text. A line is a branch: a move number, followed by a "-" if Black is to move, tells the point in
+// the branch before it from which it goes on; then come moves such as E2E4 or E7E8/Q, each with a value or
+// none, and ";" at the end. Moves that are not legal are skipped.
 
 namespace valku {
 
@@ -16,10 +16,8 @@ namespace valku {
 using TextBookValues = std::map<char, char>;
 constexpr char noTextValue = ' ';
 
-enum class TextBookEnd { complete, wrongPromotion };
-
-// Plays the branches on gamePosition, which must be the initial one, and enters their moves. Ends at a
-// promotion to what is no piece.
-TextBookEnd readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite);
+// Plays the branches on gamePosition, which must be the initial one, and adds their moves to the book. Throws
+// Fault at a promotion to what is no piece; the moves before it are in the book then.
+void readTextBook(std::istream& text, const TextBookValues& values, Overwrite overwrite);
 
 }  // namespace valku

@@ -6,6 +6,7 @@
 #include "book/book_file.h"
 #include "book/book_import.h"
 #include "book/book_report.h"
+#include "platform/fault.h"
 #include "platform/text_sink.h"
 #include "protocol/console.h"
 #include "protocol/engine_services.h"
@@ -17,18 +18,20 @@ namespace valku {
 
 void importText(std::string_view path) {
     if (!isSettled()) return;
-    if (!importTextBook(std::string(path))) engineServices->quit(1);
+    try {
+        importTextBook(std::string(path));
+    } catch (const Fault& fault) {
+        sendText(fault.text() + "\n");
+        engineServices->quit(1);
+    }
     snapshotKings();
     printBoard();
 }
 
 void importPgn(std::string_view path) {
-    if (path.empty()) {
-        sendText("Error: no filename given!\n");
-        return;
-    }
+    if (path.empty()) throw Fault("Error: no filename given!");
     stopThinking();
-    if (!importPgnBook(std::string(path), resetGame)) return;
+    importPgnBook(std::string(path), resetGame);
     snapshotKings();
     printBoard();
 }
@@ -38,7 +41,7 @@ void writeBook(std::string_view path) {
 }
 
 void showBook() {
-    if (isSettled()) showBookMoves(!pondering);
+    if (isSettled()) showBookMoves(pondering);
 }
 
 void addMoveToBook(std::string_view text) {

@@ -17,7 +17,7 @@ struct Command {
     std::string_view word;
     Match match;
     // `rest` is what follows the word on the line; for a whole match nothing. Called by the thread that reads
-    // the commands.
+    // the commands. Throws Fault if the command fails; its text is sent.
     void (*handle)(std::string_view rest);
     unsigned openTo = 0;  // bits of Audience
 };

@@ -10,6 +10,7 @@
 #include "chess/fen.h"
 #include "distributed/clients.h"
 #include "distributed/process_role.h"
+#include "platform/fault.h"
 #include "platform/raw_io.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
@@ -91,11 +92,16 @@ bool fits(const Command& command, std::string_view line) {
     return command.match == Match::whole ? line == command.word : line.starts_with(command.word);
 }
 
-// Carries the line out with the first command of the chain that fits and is open to `whom`.
+// Carries the line out with the first command of the chain that fits and is open to `whom`. A command that
+// fails says why.
 bool dispatchAmong(std::span<const Command> chain, std::string_view line, unsigned whom = 0) {
     for (const Command& command : chain) {
         if ((command.openTo & whom) != whom || !fits(command, line)) continue;
-        command.handle(line.substr(command.word.size()));
+        try {
+            command.handle(line.substr(command.word.size()));
+        } catch (const Fault& fault) {
+            sendText(fault.text() + "\n");
+        }
         return true;
     }
     return false;

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "book/book_settings.h"
+#include "book/book_choice.h"
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "chess/piece_values.h"

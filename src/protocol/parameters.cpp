@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "book/book_settings.h"
+#include "book/book_choice.h"
+#include "book/book_file.h"
 #include "chess/piece_values.h"
 #include "distributed/clients.h"
 #include "distributed/listening_port.h"

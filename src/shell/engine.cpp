@@ -5,7 +5,6 @@
 
 #include "book/book_choice.h"
 #include "book/book_file.h"
-#include "book/book_settings.h"
 #include "book/opening_book.h"
 #include "chess/fen.h"
 #include "chess/tables.h"
@@ -169,7 +168,6 @@ void initTables() {
     initChessTables();
     initEvalTables();
     linkHistoryTables();
-    initBookWeights();
     initParameters();
 }
 
@@ -232,8 +230,13 @@ void reportTablebases() {
 
 // Only a root process is asked for a move of the book.
 void readBookFile() {
-    if (processRole != roleRoot || !loadBook() || protocolMode != protocolConsole) return;
-    sendText(formatText("Book contains %i positions with %i moves.\n", bookSize.positions, bookSize.moves));
+    if (processRole != roleRoot) return;
+    if (!loadBook()) {
+        sendText("No opening book found...\n");
+    } else if (protocolMode == protocolConsole) {
+        sendText(
+            formatText("Book contains %i positions with %i moves.\n", bookSize.positions, bookSize.moves));
+    }
 }
 
 void greet() {

@@ -3,7 +3,6 @@
 #include <fstream>
 #include <string>
 
-#include "book/book_settings.h"
 #include "eval/weights.h"
 #include "platform/raw_io.h"
 #include "protocol/parameter_tables.h"
@@ -28,7 +27,6 @@ void loadSettings() {
 }
 
 void printSettings() {
-    initBookWeights();
     initParameters();
     writeStandardOutput(parameterTables());
 }

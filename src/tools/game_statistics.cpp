@@ -64,9 +64,11 @@ void gameStats(const std::string& file) {
     resetGame();
     const LongCommand longCommand;
     DepthStatistics statistics;
-    walkPgnFile(
-        file, [&](const PgnPly& ply) { statistics.see(ply); }, PgnGame::maxPlies,
-        [&] { sendText(statistics.report()); });
+    const auto visitor = [&](const PgnPly& ply) {
+        statistics.see(ply);
+        return true;
+    };
+    walkPgnFile(file, visitor, PgnGame::maxPlies, [&] { sendText(statistics.report()); });
 }
 
 }  // namespace valku

@@ -10,7 +10,6 @@
 #include "platform/raw_io.h"
 #include "platform/text_sink.h"
 #include "protocol/console.h"
-#include "protocol/engine_services.h"
 #include "protocol/game.h"
 #include "thinking/search_control.h"
 #include "tools/engine_games.h"
@@ -83,7 +82,8 @@ const char* resultText(PgnResult result) {
     }
 }
 
-void show(const PgnPly& ply, double own, double opponent) {
+// False if the engine is to end.
+bool show(const PgnPly& ply, double own, double opponent) {
     const PgnGame& game = ply.game;
     sendText(std::string(game.white) + " - " + std::string(game.black) + " (" + std::string(game.resultText) +
              "): " + writeFen(ply.position) + "\n");
@@ -91,27 +91,29 @@ void show(const PgnPly& ply, double own, double opponent) {
     showEvaluation();
     std::string key;
     standardInput().readLine(key);
-    if (key == "quit" && commandStopped()) engineServices->quit();
+    return key != "quit" || !commandStopped();
 }
 
 class MissSearch {
   public:
-    void see(const PgnPly& ply) {
+    // False if the engine is to end.
+    bool see(const PgnPly& ply) {
         if (ply.ply <= 1) gameDone = false;
         Outcome outcome;
-        if (gameDone || commandStopped() || !engineIsToMove(ply) || !readOutcome(ply.game, outcome)) return;
+        if (gameDone || commandStopped() || !engineIsToMove(ply) || !readOutcome(ply.game, outcome))
+            return true;
         const Position& p = ply.position;
         const Balance balance = p.sideToMove == White ? balanceOf<White>(p) : balanceOf<Black>(p);
-        if (!balance.isUsual()) return;
+        if (!balance.isUsual()) return true;
         const i32 signature = signatureOf(p, balance);
         countIn(seen, signature);
-        if (ply.ply == 0) return;
+        if (ply.ply == 0) return true;
         const double own = commentOf(ply.game, ply.ply).value;
         const double opponent = -commentOf(ply.game, ply.ply - 1).value;
-        if (!isMiss(own, opponent, outcome)) return;
+        if (!isMiss(own, opponent, outcome)) return true;
         countIn(missed, signature);
-        show(ply, own, opponent);
         gameDone = true;
+        return show(ply, own, opponent);
     }
 
   private:
@@ -120,13 +122,13 @@ class MissSearch {
 
 }  // namespace
 
-void checkMissEvals(const std::string& file) {
+bool checkMissEvals(const std::string& file) {
     stopThinking();
     resetGame();
     const LongCommand longCommand;
     MissSearch search;
-    walkPgnFile(
-        file, [&](const PgnPly& ply) { search.see(ply); }, PgnGame::maxPlies);
+    return !walkPgnFile(
+        file, [&](const PgnPly& ply) { return search.see(ply); }, PgnGame::maxPlies);
 }
 
 }  // namespace valku

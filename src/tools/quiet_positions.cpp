@@ -63,8 +63,11 @@ void generateTestposEval(const std::string& file) {
     resetGame();
     const LongCommand longCommand;
     QuietPositions positions;
-    walkPgnFile(
-        file, [&](const PgnPly& ply) { positions.see(ply); }, PgnGame::maxPlies, [&] { positions.end(); });
+    const auto visitor = [&](const PgnPly& ply) {
+        positions.see(ply);
+        return true;
+    };
+    walkPgnFile(file, visitor, PgnGame::maxPlies, [&] { positions.end(); });
 }
 
 }  // namespace valku

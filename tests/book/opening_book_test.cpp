@@ -8,7 +8,7 @@
 namespace valku {
 namespace {
 
-// The book as it is told: lists that are walked, and to whose ends all new things come.
+// A plain model of the book: lists that are searched from the start and grow at the end.
 struct PlainPosition {
     u32 bucket;
     u32 hashHigh;
@@ -60,10 +60,10 @@ TEST(OpeningBook, KeepsTheOrderThroughAllChanges) {
         const u32 hashHigh = static_cast<u32>(random() % 2000);
         const BookMove move{static_cast<u8>(random() % 3), 1, 0, static_cast<u8>('a' + random() % 7)};
         if (random() % 4 == 0) {
-            removeBookMove(hashHigh, bucket, move.from, 1, 0);
+            removeBookMove(hashHigh, bucket, move);
             plain.remove(hashHigh, bucket, move.from);
         } else {
-            addBookMove(hashHigh, bucket, move.from, 1, 0, static_cast<char>(move.value), Overwrite::always);
+            addBookMove(hashHigh, bucket, move, Overwrite::always);
             plain.add(hashHigh, bucket, move);
         }
     }

@@ -127,12 +127,9 @@ class Games(ToolTest):
             player.read_to("info string eval is: .*")
             player.send(word)
             if word == "?":
-                lines, idle = player.settled()
-                self.assertTrue(idle)
+                self.assertEqual(player.settled(), (["Went through 1 games..."], True))
             else:
-                self.assertEqual(player.wait(), 0)
-                lines = player.read_all()
-            self.assertFalse([line for line in lines if line.startswith("own: ")])
+                self.assertEqual((player.wait(), player.read_all()), (0, []))
 
     def test_quiet_positions(self):
         chance, text, reached = random.Random(4), "", set()

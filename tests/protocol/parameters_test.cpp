@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "book/book_settings.h"
+#include "book/book_file.h"
 #include "distributed/clients.h"
 #include "eval/weights.h"
 #include "search/hash_table.h"
