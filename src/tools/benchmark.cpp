@@ -5,18 +5,19 @@
 #include <limits>
 
 #include "platform/clock.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/shut_down.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
-#include "protocol/engine_services.h"
 #include "protocol/game.h"
 #include "protocol/protocol_mode.h"
 #include "thinking/main_line.h"
 #include "thinking/search_control.h"
 #include "thinking/search_flags.h"
 #include "tools/benchmark_positions.h"
+#include "tools/file_line.h"
 
 namespace valku {
 
@@ -33,10 +34,9 @@ i32 depthWithOffset(i64 depth, i64 offset) {
     return static_cast<i32>(std::clamp(depth + offset, least, most));
 }
 
-bool isRefused() {
-    if (protocolMode == protocolConsole) return false;
-    sendText("Benchmark kann nur im Konsolen-Modus gestartet werden!\n");
-    return true;
+void requireConsole() {
+    if (protocolMode != protocolConsole)
+        throw Fault("Benchmark kann nur im Konsolen-Modus gestartet werden!");
 }
 
 // One run over many positions: totals at both ends, and no pondering between the positions.
@@ -81,17 +81,6 @@ FileArguments readFileArguments(std::string_view text) {
     return {name, offset, static_cast<u64>(std::max<i64>(minNodes, 0))};
 }
 
-void benchLines(std::istream& file, std::ostream& report, const FileArguments& arguments) {
-    for (std::string line; !commandStopped() && std::getline(file, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        const i32 depth = depthWithOffset(readNumber(line), arguments.depthOffset);
-        if (line.empty() || depth == 0) break;
-        const std::string fen = line.substr(line.find(':') + 1);
-        const u64 nodes = benchPosition(fen, depth);
-        if (nodes >= arguments.minNodes) report << fen << ": " << nodes << '\n' << std::flush;
-    }
-}
-
 // A stop ends the search at once: nobody waits for its move.
 void awaitEndOfPosition() {
     constexpr u32 turnMs = 20;
@@ -100,8 +89,8 @@ void awaitEndOfPosition() {
     }
 }
 
-}  // namespace
-
+// Searches one position `depth` plies deep and tells the speed. Returns its nodes, 0 for a FEN that cannot be
+// read; totalNodes is then the sum over all positions so far.
 u64 benchPosition(const std::string& fen, i32 depth) {
     finishThinking();
     if (!setFen(fen)) {
@@ -127,8 +116,20 @@ u64 benchPosition(const std::string& fen, i32 depth) {
     return nodes;
 }
 
+void benchLines(std::istream& file, std::ostream& report, const FileArguments& arguments) {
+    for (std::string line; !commandStopped() && readLine(file, line);) {
+        const i32 depth = depthWithOffset(readNumber(line), arguments.depthOffset);
+        if (line.empty() || depth == 0) break;
+        const std::string fen = line.substr(line.find(':') + 1);
+        const u64 nodes = benchPosition(fen, depth);
+        if (nodes >= arguments.minNodes) report << fen << ": " << nodes << '\n' << std::flush;
+    }
+}
+
+}  // namespace
+
 void benchmark(std::string_view arguments) {
-    if (isRefused()) return;
+    requireConsole();
     const i32 offset = arguments.size() > 1 ? readNumber(arguments.substr(1)) : 0;
     const LongCommand longCommand;
     const Run run;
@@ -140,7 +141,7 @@ void benchmark(std::string_view arguments) {
     run.finish();
 }
 
-void benchFromFile(std::string_view text) {
+bool benchFromFile(std::string_view text) {
     const FileArguments arguments = readFileArguments(text);
     sendText(arguments.name + " " + std::to_string(arguments.depthOffset) + " " +
              std::to_string(arguments.minNodes) + "\n");
@@ -149,17 +150,17 @@ void benchFromFile(std::string_view text) {
     if (file) report.open(arguments.name + ".log");
     if (!file || !report) {
         sendText("Error: could not open " + arguments.name + (file ? ".log\n" : "\n"));
-        engineServices->quit();
+        return true;
     }
-    if (isRefused()) return;
+    requireConsole();
     const LongCommand longCommand;
     const Run run;
     benchLines(file, report, arguments);
-    if (shutDownBegun) return;
+    if (shutDownBegun) return false;
     run.finish();
     report.close();
     if (!report) sendText("Error: could not write " + arguments.name + ".log\n");
-    engineServices->quit();
+    return true;
 }
 
 }  // namespace valku

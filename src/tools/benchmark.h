@@ -1,25 +1,18 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
-#include "chess/types.h"
-
-// Measures the search: each position goes through an ordinary thinking cycle of fixed depth. For a person at
-// the console; nothing else is done meanwhile.
+// Measures the search: each position goes through an ordinary thinking cycle of fixed depth. Called by the
+// thread that reads the commands, which waits for the end. Throws Fault unless this is the console.
 
 namespace valku {
-
-// Searches one position `depth` plies deep and tells the speed. Returns its nodes, 0 for a FEN that cannot be
-// read; totalNodes is then the sum over all positions so far.
-u64 benchPosition(const std::string& fen, i32 depth);
 
 // The built-in positions. `arguments`: a number that is added to every depth.
 void benchmark(std::string_view arguments);
 
 // The positions of a file, a line each: the depth, a colon, the FEN. `arguments`: the file's name, a number
-// that is added to every depth, and the least nodes for a line in the report beside the file. Ends the
-// process, unless it is refused because this is not the console.
-void benchFromFile(std::string_view arguments);
+// that is added to every depth, and the least nodes for a line in the report beside the file. True if the
+// engine is to end now, with code 0: always, also after a failure, but not if the process ends already.
+[[nodiscard]] bool benchFromFile(std::string_view arguments);
 
 }  // namespace valku

@@ -12,12 +12,14 @@
 #include "chess/game.h"
 #include "chess/move_generation.h"
 #include "platform/clock.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/process.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
+#include "tools/file_line.h"
 
 namespace valku {
 
@@ -37,34 +39,29 @@ struct Arguments {
     i32 patienceSeconds;
 };
 
-// A number above 0.
-bool readCount(std::string_view word, i32& count) {
-    count = wholeNumber<i32>(word).value_or(0);
-    return count > 0;
+// A number above 0; `complaint` if the word is none.
+i32 readCount(std::string_view word, const char* complaint) {
+    const i32 count = wholeNumber<i32>(word).value_or(0);
+    if (count <= 0) throw Fault(complaint);
+    return count;
 }
 
-bool readArguments(std::string_view text, Arguments& arguments) {
+Arguments readArguments(std::string_view text) {
+    constexpr std::string_view standardPatience = "60";
     constexpr i32 mostPatienceSeconds = 1'000'000;
+    Arguments arguments;
     arguments.engine = takeWord(text);
     arguments.input = takeWord(text);
     const std::string_view depth = takeWord(text);
     arguments.output = takeWord(text);
     const std::string_view patience = takeWord(text);
-    if (arguments.output.empty() || !takeWord(text).empty()) {
-        sendText("usage: callengine <engine> <input> <depth> <output> [<seconds of patience>]\n");
-        return false;
-    }
-    if (!readCount(depth, arguments.depth)) {
-        sendText("Error: the depth must be a number above 0!\n");
-        return false;
-    }
-    arguments.patienceSeconds = 60;
-    if (!patience.empty() && !readCount(patience, arguments.patienceSeconds)) {
-        sendText("Error: the patience must be a number of seconds above 0!\n");
-        return false;
-    }
-    arguments.patienceSeconds = std::min(arguments.patienceSeconds, mostPatienceSeconds);
-    return true;
+    if (arguments.output.empty() || !takeWord(text).empty())
+        throw Fault("usage: callengine <engine> <input> <depth> <output> [<seconds of patience>]");
+    arguments.depth = readCount(depth, "Error: the depth must be a number above 0!");
+    const i32 seconds = readCount(patience.empty() ? standardPatience : patience,
+                                  "Error: the patience must be a number of seconds above 0!");
+    arguments.patienceSeconds = std::min(seconds, mostPatienceSeconds);
+    return arguments;
 }
 
 // The other engine. Any program can be named as one, so nothing is taken for granted: it may die, fall
@@ -192,9 +189,7 @@ void labelPositions(std::istream& input, OtherEngine& engine, i32 depth, std::os
     i32 counter = 0;
     i32 skipped = 0;
     i32 withoutScore = 0;
-    for (std::string line; !commandStopped() && std::getline(input, line);) {
-        if (line.ends_with('\r')) line.pop_back();
-        if (line.empty()) break;
+    for (std::string line; !commandStopped() && readLine(input, line) && !line.empty();) {
         if (++counter % 1000 == 0) sendText(formatText("counter = %i\n", counter));
         if (!canBeSearched(line)) {
             ++skipped;
@@ -219,25 +214,16 @@ void labelPositions(std::istream& input, OtherEngine& engine, i32 depth, std::os
 
 void callEngine(std::string_view text) {
     stopThinking();
-    Arguments arguments;
-    if (!readArguments(text, arguments)) return;
+    const Arguments arguments = readArguments(text);
 
     // What an earlier run has written is not given up before it is clear that this one can begin.
     std::ofstream output(arguments.output, std::ios::app);
-    if (!output) {
-        sendText("Error: could not open output file!\n");
-        return;
-    }
+    if (!output) throw Fault("Error: could not open output file!");
     std::ifstream input(arguments.input);
     std::error_code none;
-    if (!input) {
-        sendText("Error: could not open input file!\n");
-        return;
-    }
-    if (std::filesystem::equivalent(arguments.input, arguments.output, none)) {
-        sendText("Error: input and output are the same file!\n");
-        return;
-    }
+    if (!input) throw Fault("Error: could not open input file!");
+    if (std::filesystem::equivalent(arguments.input, arguments.output, none))
+        throw Fault("Error: input and output are the same file!");
     const LongCommand longCommand;
     OtherEngine engine(arguments.patienceSeconds);
     if (engine.start(arguments.engine)) {

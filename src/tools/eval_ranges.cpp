@@ -9,10 +9,12 @@
 #include "chess/fen.h"
 #include "chess/game.h"
 #include "platform/clock.h"
+#include "platform/fault.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
+#include "tools/file_line.h"
 #include "tools/position_values.h"
 
 namespace valku {
@@ -50,9 +52,8 @@ struct Totals {
     std::set<Breach, GreaterBreach> breaches;
 };
 
-bool readLine(std::istream& file, std::string& line) {
-    while (std::getline(file, line)) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
+bool readFilledLine(std::istream& file, std::string& line) {
+    while (readLine(file, line)) {
         if (!line.empty()) return true;
     }
     return false;
@@ -92,8 +93,8 @@ void judge(const Expectation& expectation, Totals& totals) {
 void readExpectations(std::istream& file, Totals& totals) {
     Expectation expectation;
     std::string numbers;
-    while (!commandStopped() && readLine(file, expectation.first) && readLine(file, expectation.second) &&
-           readLine(file, numbers)) {
+    while (!commandStopped() && readFilledLine(file, expectation.first) &&
+           readFilledLine(file, expectation.second) && readFilledLine(file, numbers)) {
         if (readNumbers(numbers, expectation)) {
             judge(expectation, totals);
         } else {
@@ -129,10 +130,7 @@ void testEvalAgainstFile(const std::string& file) {
     std::ifstream input(file);
     std::ofstream output;
     if (input) output.open(file + ".out");
-    if (!input || !output) {
-        sendText("Error in testEvalAgainstFile!\n");
-        return;
-    }
+    if (!input || !output) throw Fault("Error in testEvalAgainstFile!");
     const double began = steadySeconds();
     const KeptGame keptGame;
     const LongCommand longCommand;
@@ -141,7 +139,7 @@ void testEvalAgainstFile(const std::string& file) {
     report(totals, steadySeconds() - began);
     for (const Breach& breach : totals.breaches) write(breach, output);
     output.close();
-    if (!output) sendText("Error: could not write " + file + ".out!\n");
+    if (!output) throw Fault("Error: could not write " + file + ".out!");
 }
 
 }  // namespace valku

@@ -13,20 +13,23 @@
 #include "chess/move_generation.h"
 #include "chess/side.h"
 #include "eval/game_phase.h"
+#include "platform/fault.h"
 #include "platform/file_replacement.h"
 #include "platform/format_text.h"
 #include "platform/long_command.h"
 #include "platform/raw_io.h"
+#include "platform/regular_file.h"
 #include "platform/shut_down.h"
 #include "platform/text_scan.h"
 #include "platform/text_sink.h"
 #include "thinking/search_control.h"
+#include "tools/file_line.h"
 
 namespace valku {
 
 namespace {
 
-// A block of columns that stand for squares holds whole ranks, told from the own side.
+// A block of columns that stand for squares holds whole ranks, counted from the side's own first rank.
 struct Ranks {
     int first;
     int last;
@@ -40,7 +43,7 @@ constexpr Ranks pawnRanks{1, 6};
 constexpr Ranks passedPawnRanks{1, 5};  // on the seventh rank every pawn is passed
 constexpr int files = 8;
 
-// The two matrices differ in what they tell of the kings.
+// The two matrices differ in the columns of the kings.
 struct Phase {
     Ranks kingRanks;
 
@@ -53,12 +56,12 @@ struct Phase {
     }
 };
 
-constexpr Phase middleGame{{0, 3}};
-constexpr Phase ending{allRanks};
-static_assert(middleGame.columns() == 393 && ending.columns() == 425);
+constexpr Phase middlegame{{0, 3}};
+constexpr Phase endgame{allRanks};
+static_assert(middlegame.columns() == 393 && endgame.columns() == 425);
 
-// The matrices part at a material of their own, whatever the setting of the evaluation is.
-constexpr i32 endingMaterial = 5200;
+// The border between the two phases; not the setting of the evaluation, whose default it equals.
+constexpr i32 mostEndgameMaterial = 5200;
 
 template <Color Us>
 bool isPassed(const Position& p, int pawn) {
@@ -70,11 +73,12 @@ bool isPassed(const Position& p, int pawn) {
     return true;
 }
 
-// The columns of a row but for the mobility, in rows of eight; eight zeros in a row are by far the commonest.
+// The columns of a row without the mobility, in groups of eight; eight zeros are by far the most common
+// group.
 using Eight = std::array<i8, files>;
-using Columns = std::array<Eight, ending.columns() / files>;
+using Columns = std::array<Eight, endgame.columns() / files>;
 
-// Adds what one side has, block by block: White counts up, Black counts down.
+// Adds the features of one side, block by block: +1 for each of White's, -1 for each of Black's.
 template <Color Us>
 class SideColumns {
   public:
@@ -137,7 +141,7 @@ class SideColumns {
     Eight* block;  // where the next block of columns begins
 };
 
-// Of searchPosition, whose side to move is lost.
+// Of searchPosition, whose side to move is overwritten.
 i32 mobilityOf(Color side) {
     MoveList list;
     searchPosition.sideToMove = side;
@@ -156,12 +160,12 @@ char* writeEight(char* to, const Eight& cells) {
     return to;
 }
 
-// The line of searchPosition. The text is valid until the next call.
+// The row of searchPosition as a line of text, which is valid until the next call.
 std::string_view rowText(const Phase& phase, i32 value) {
     static constexpr Eight zeros{};
     static constexpr std::string_view zerosText = "0 0 0 0 0 0 0 0 ";
     static constexpr std::size_t roomPerNumber = 12;
-    static std::array<char, (ending.columns() + 1) * roomPerNumber> text;
+    static std::array<char, (endgame.columns() + 1) * roomPerNumber> text;
 
     Columns columns{};
     SideColumns<White>(searchPosition, columns).add(phase);
@@ -178,7 +182,8 @@ std::string_view rowText(const Phase& phase, i32 value) {
     return {text.data(), static_cast<std::size_t>(to - text.data())};
 }
 
-// Tells a person at the terminal that the work goes on; a program that reads our standard error is spared it.
+// Shows a person at the terminal that the work goes on. Nothing is written to a standard error that is no
+// terminal.
 class Progress {
   public:
     explicit Progress(const char* work) : name(work) {}
@@ -207,8 +212,7 @@ class LearnFile {
   public:
     // Only a regular file is taken: the work goes through it twice.
     bool open(const std::string& name) {
-        std::error_code error;
-        if (std::filesystem::is_regular_file(name, error)) file.open(name, std::ios::binary);
+        file = openRegularFile(name);
         return file.is_open();
     }
 
@@ -218,10 +222,10 @@ class LearnFile {
         skipped = 0;
     }
 
-    // Sets searchPosition to the next position that is close enough to be used. False at the end.
+    // Sets searchPosition to the next position whose value is close enough to 0 to be used. False at the end.
     bool next() {
         constexpr i32 mostValue = 150;
-        while (!commandStopped() && readLine(fen) && !fen.empty() && readLine(number)) {
+        while (!commandStopped() && readLine(file, fen) && !fen.empty() && readLine(file, number)) {
             value = readNumber(number);
             if (value < -mostValue || value > mostValue) continue;
             if (readFenMen(fen, searchPosition)) return true;
@@ -230,24 +234,18 @@ class LearnFile {
         return false;
     }
 
-    // The file could not be read where it should go on.
+    // True after a read error.
     bool hasFailed() const { return file.bad(); }
 
     i32 value = 0;    // of the position that next() has found
     i32 skipped = 0;  // positions whose FEN cannot be read
 
   private:
-    bool readLine(std::string& line) {
-        if (!std::getline(file, line)) return false;
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        return true;
-    }
-
     std::ifstream file;
     std::string fen, number;
 };
 
-// A matrix on its way to the disk.
+// A matrix that is being written; it replaces the old file in one step at the end.
 class MatrixFile {
   public:
     MatrixFile(const Phase& rowPhase, const std::string& name) : phase(rowPhase), file(name) {
@@ -286,34 +284,34 @@ class Conversion {
   public:
     Conversion(const std::string& learnName, const std::string& matrixName)
         : learnFileOpen(!matrixName.empty() && learnFile.open(learnName)),
-          middleGameFile(middleGame, learnFileOpen ? matrixName + ".mg" : ""),
-          endingFile(ending, learnFileOpen ? matrixName + ".eg" : "") {}
+          middlegameFile(middlegame, learnFileOpen ? matrixName + ".mg" : ""),
+          endgameFile(endgame, learnFileOpen ? matrixName + ".eg" : "") {
+        if (!learnFileOpen || !middlegameFile.isOpen() || !endgameFile.isOpen())
+            throw Fault("Could not open learn file or matrix file!");
+    }
 
-    bool isOpen() const { return learnFileOpen && middleGameFile.isOpen() && endingFile.isOpen(); }
-
-    // What is to be told at the end; empty if there is nothing.
-    std::string run() {
+    void run() {
         countRows();
         const bool rowsWritten = writeRows();
-        if (shutDownBegun) return "";
-        if (commandStopped()) return "Stopped: no matrix has been written.\n";
-        if (!rowsWritten || !middleGameFile.complete() || !endingFile.complete())
-            return "Error: the matrix files could not be written!\n";
-        if (learnFile.hasFailed() || !middleGameFile.hasAllRows() || !endingFile.hasAllRows())
-            return "Error: the learn file could not be read, or was changed meanwhile!\n";
-        if (!middleGameFile.putInPlace() || !endingFile.putInPlace())
-            return "Error: the matrix files could not be written!\n";
-        if (learnFile.skipped == 0) return "";
-        return formatText("Skipped %i positions whose FEN cannot be read.\n", learnFile.skipped);
+        if (shutDownBegun) return;
+        if (commandStopped()) throw Fault("Stopped: no matrix has been written.");
+        if (!rowsWritten || !middlegameFile.complete() || !endgameFile.complete()) throw Fault(writeError);
+        if (learnFile.hasFailed() || !middlegameFile.hasAllRows() || !endgameFile.hasAllRows())
+            throw Fault("Error: the learn file could not be read, or was changed meanwhile!");
+        if (!middlegameFile.putInPlace() || !endgameFile.putInPlace()) throw Fault(writeError);
+        if (learnFile.skipped)
+            sendText(formatText("Skipped %i positions whose FEN cannot be read.\n", learnFile.skipped));
     }
 
   private:
+    static constexpr const char* writeError = "Error: the matrix files could not be written!";
+
     MatrixFile& fittingFile() {
-        return isMiddlegame(searchPosition, endingMaterial) ? middleGameFile : endingFile;
+        return isMiddlegame(searchPosition, mostEndgameMaterial) ? middlegameFile : endgameFile;
     }
 
-    // The head of a matrix stands before its rows and tells their number. To go through the learn file once
-    // more for it is cheaper than to copy the rows, which are more than ten times as long.
+    // The head of a matrix stands before its rows and tells their number. Reading the learn file twice is
+    // cheaper than copying the rows, which are more than ten times as long.
     void countRows() {
         Progress progress("counted:");
         while (learnFile.next()) {
@@ -324,8 +322,8 @@ class Conversion {
 
     bool writeRows() {
         Progress progress("written:");
-        middleGameFile.writeHead();
-        endingFile.writeHead();
+        middlegameFile.writeHead();
+        endgameFile.writeHead();
         learnFile.restart();
         while (learnFile.next()) {
             if (!fittingFile().writeRow(learnFile.value)) return false;
@@ -336,8 +334,8 @@ class Conversion {
 
     LearnFile learnFile;
     const bool learnFileOpen;
-    MatrixFile middleGameFile;
-    MatrixFile endingFile;
+    MatrixFile middlegameFile;
+    MatrixFile endgameFile;
 };
 
 }  // namespace
@@ -347,13 +345,7 @@ void learnFileToMatrix(std::string_view arguments) {
     const std::string learnName(takeWord(arguments));
     const std::string matrixName(takeWord(arguments));
     const LongCommand longCommand;
-    Conversion conversion(learnName, matrixName);
-    if (!conversion.isOpen()) {
-        sendText("Could not open learn file or matrix file!\n");
-        return;
-    }
-    const std::string report = conversion.run();
-    if (!report.empty()) sendText(report);
+    Conversion(learnName, matrixName).run();
 }
 
 }  // namespace valku

@@ -31,7 +31,7 @@ void quitIf(bool ended) {
 constexpr Command commands[] = {
     {"testeval", Match::prefix, [](std::string_view rest) { testEvalAgainstFile(fileName(rest)); }},
     {"benchmark", Match::prefix, benchmark},
-    {"benchfromfile", Match::prefix, benchFromFile},
+    {"benchfromfile", Match::prefix, [](std::string_view rest) { quitIf(benchFromFile(rest)); }},
     {"checkMissEvals", Match::prefix, [](std::string_view rest) { quitIf(checkMissEvals(fileName(rest))); }},
     {"gameStats", Match::prefix, [](std::string_view rest) { gameStats(fileName(rest)); }},
     {"generateTestposEval", Match::prefix, [](std::string_view rest) { generateTestposEval(fileName(rest)); }},
