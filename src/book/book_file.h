@@ -12,10 +12,10 @@ namespace valku {
 inline std::string bookFile = "<empty>";
 
 // Adds the file named by bookFile to the book in memory; false if there is no such file. If it is damaged,
-// that is told, and what could be read is kept.
+// that is reported, and what could be read is kept.
 bool loadBook();
 
-// Writes the book in memory, and tells how that went. A failure leaves the old file whole.
+// Writes the book in memory, and reports the result. A failure leaves the old file as it was.
 void saveBook(const std::string& path);
 
 }  // namespace valku

@@ -7,8 +7,8 @@
 
 namespace valku {
 
-// Adds the moves of a text book (see text_book.h). What keeps it from beginning is told. Throws Fault if the
-// text asks for a promotion to what is no piece: the process must end with code 1 then.
+// Adds the moves of a text book (see text_book.h). What keeps it from beginning is reported. Throws Fault
+// if the text asks for a promotion to what is no piece: the process must end with code 1 then.
 void importTextBook(const std::string& path);
 
 // Adds the moves of a file's games. `beginGames` is called before the games are read. Throws Fault if they

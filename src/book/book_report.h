@@ -2,7 +2,7 @@
 
 #include "book/opening_book.h"
 
-// What the book holds, told to the person at the console.
+// Reports of what the book holds, to the person at the console.
 
 namespace valku {
 

@@ -51,9 +51,9 @@ using PgnVisitor = std::function<bool(const PgnPly&)>;
 
 // Calls perMove for every move of a file's games, up to plyLimit in each, and plays the move on gamePosition.
 // A game ends early at a move that cannot be read, and one whose FEN cannot be read is skipped; both are
-// told, and the walk goes on. `atEnd` is called after the last move of all, or if there is none, and before
-// the number of games is told; neither happens if the visitor has ended the walk, which then returns false.
-// Chess960 must be off. Throws Fault if the file cannot be read; only a regular file can.
+// reported, and the walk goes on. `atEnd` is called after the last move of all, or if there is none, and
+// before the number of games is reported; neither happens if the visitor has ended the walk, which then
+// returns false. Chess960 must be off. Throws Fault if the file cannot be read; only a regular file can.
 bool walkPgnFile(
     const std::string& path, const PgnVisitor& perMove, i32 plyLimit,
     const std::function<void()>& atEnd = [] {});

@@ -4,8 +4,8 @@
 
 namespace valku {
 
-// Runs of consecutive positions from the same games, from the opening on to the ending. `depth` in plies: the
-// more men, the less deep.
+// Positions from several games, those of a game in a row from the opening to the endgame. `depth` in plies:
+// the more men, the shallower.
 struct BenchmarkPosition {
     i32 depth;
     const char* fen;

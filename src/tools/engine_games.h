@@ -4,7 +4,7 @@
 
 #include "book/pgn_reader.h"
 
-// What the tools read out of the records of the engine's own games.
+// What the tools read from PGN records of the engine's own games.
 
 namespace valku {
 

@@ -25,7 +25,7 @@ namespace valku {
 
 namespace {
 
-// The number at the start of a text, blanks before it passed over.
+// The number at the start of a text, blanks before it skipped.
 std::optional<i32> numberAt(std::string_view text) {
     skipSeparators(text);
     return takeNumber<i32>(text);
@@ -64,8 +64,8 @@ Arguments readArguments(std::string_view text) {
     return arguments;
 }
 
-// The other engine. Any program can be named as one, so nothing is taken for granted: it may die, fall
-// silent, read no more or talk without end.
+// The other engine, a child process. Any program can be named as one, so it may end, fall silent, stop
+// reading or write without end.
 class OtherEngine {
   public:
     explicit OtherEngine(i32 seconds) : patienceSeconds(seconds) {}
@@ -73,8 +73,8 @@ class OtherEngine {
     OtherEngine& operator=(const OtherEngine&) = delete;
     ~OtherEngine() { dismiss(); }
 
-    // Once one of the next two has failed, the engine is of no more use; fault() says why. It is empty if
-    // only our own work is to end.
+    // After start() or search() has returned false, the engine is of no more use. fault() says why; it is
+    // empty if the command has been stopped.
     const std::string& fault() const { return faultText; }
 
     bool start(const std::string& program) {
@@ -99,8 +99,8 @@ class OtherEngine {
         return false;
     }
 
-    // What the search has said last in hundredths of a pawn, from the side to move's view; none if it has
-    // not.
+    // The last score of the search in hundredths of a pawn, from the side to move's view; nothing if it has
+    // given none.
     std::optional<i32> score() const { return lastScore; }
 
   private:
@@ -133,7 +133,7 @@ class OtherEngine {
         return true;
     }
 
-    // Waits in short turns: a long one would hold up the end of our own work.
+    // Waits in short turns, so that a stop takes effect soon.
     bool listen() {
         constexpr int turnMs = 100;
         const double began = steadySeconds();
@@ -146,8 +146,8 @@ class OtherEngine {
         return false;
     }
 
-    // Leaves it some time to end by itself, which a search in progress or a large table may take. What it
-    // says to that is drawn off, so that it is not kept waiting.
+    // Gives it some time to end by itself, which a search in progress or a large table may take. Its output
+    // is read meanwhile, so that it does not wait for room in the pipe.
     void dismiss() {
         child.write("quit\n", 0);
         child.closeInput();
@@ -168,8 +168,8 @@ class OtherEngine {
     std::optional<i32> lastScore;
 };
 
-// Engines end, or give no answer at all, on a text that is no position, without a legal move, or in a drawn
-// game. Uses up gamePosition.
+// Engines end, or give no answer, on a text that is no position, without a legal move, or in a drawn game.
+// Overwrites gamePosition.
 bool canBeSearched(std::string_view fen) {
     const std::size_t side = fen.find(' ') + 1;
     if (side >= fen.size() || (fen[side] != 'w' && fen[side] != 'b')) return false;
@@ -183,7 +183,7 @@ bool isBlackToMove(std::string_view fen) {
     return fen[fen.find(' ') + 1] == 'b';
 }
 
-// Goes on until the input is at its end or something fails, which is told.
+// Returns at the end of the input or after a failure, which is reported.
 void labelPositions(std::istream& input, OtherEngine& engine, i32 depth, std::ostream& output) {
     const KeptGame keptGame;
     i32 counter = 0;
@@ -216,7 +216,7 @@ void callEngine(std::string_view text) {
     stopThinking();
     const Arguments arguments = readArguments(text);
 
-    // What an earlier run has written is not given up before it is clear that this one can begin.
+    // Opened without erasing what an earlier run has written: that is done when the engine has started.
     std::ofstream output(arguments.output, std::ios::app);
     if (!output) throw Fault("Error: could not open output file!");
     std::ifstream input(arguments.input);

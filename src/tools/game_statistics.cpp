@@ -16,7 +16,7 @@ namespace valku {
 namespace {
 
 constexpr i32 firstPlyLeftOut = 61;
-constexpr i32 leastDepth = 8;  // shallower moves are named
+constexpr i32 leastDepth = 8;  // shallower moves are listed
 constexpr i32 depthLimit = 100;
 
 class DepthStatistics {
@@ -26,9 +26,9 @@ class DepthStatistics {
         const MoveComment comment = commentOf(ply.game, ply.ply);
         if (!comment.present) return;
         ++counter;
-        // Whatever a comment claims, the table has room for these.
+        // A comment can claim any depth; the table has room for these.
         ++depthCounts[std::clamp(comment.depth, 0, depthLimit)];
-        if (comment.depth < leastDepth) name(ply, comment.depth);
+        if (comment.depth < leastDepth) list(ply, comment.depth);
     }
 
     std::string report() const {
@@ -44,7 +44,7 @@ class DepthStatistics {
     }
 
   private:
-    void name(const PgnPly& ply, i32 depth) {
+    void list(const PgnPly& ply, i32 depth) {
         const PgnGame& game = ply.game;
         shallowMoves += "game " + std::string(game.white) + " - " + std::string(game.black) + " (" +
                         std::string(game.resultText) + ")" +

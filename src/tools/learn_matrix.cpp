@@ -210,7 +210,7 @@ class Progress {
 // A learn file, read to its end or to the first empty line in the place of a FEN.
 class LearnFile {
   public:
-    // Only a regular file is taken: the work goes through it twice.
+    // Only a regular file, which can be read twice.
     bool open(const std::string& name) {
         file = openRegularFile(name);
         return file.is_open();

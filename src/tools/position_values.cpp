@@ -24,7 +24,7 @@ i32 staticValue(const Position& position) {
 
 i32 quiescenceValue(const Position& position) {
     setUp(position);
-    clearAllStops();  // of the last search
+    clearAllStops();  // what has ended the last search would end this one
     return quiescePv(1, -mateScore, mateScore, 0);
 }
 

@@ -2,14 +2,14 @@
 
 #include "chess/position.h"
 
-// Values of single positions, outside any search. The engine must be idle. Both work on searchPosition and
-// are from the side to move's view, in hundredths of a pawn.
+// Values of single positions in hundredths of a pawn, from the side to move's view. Both work on
+// searchPosition, so no search may run.
 
 namespace valku {
 
 i32 staticValue(const Position& position);
 
-// The static value once the captures are over.
+// The value after quiescence search with an open window.
 i32 quiescenceValue(const Position& position);
 
 }  // namespace valku

@@ -38,7 +38,7 @@ class QuietPositions {
         }
     }
 
-    // The last position of all only ends the collection.
+    // The position of the last move of all is not part of the collection.
     void end() {
         if (newest) fens.erase(*newest);
         write();
@@ -52,7 +52,7 @@ class QuietPositions {
     }
 
     std::set<std::string> fens;
-    std::optional<std::set<std::string>::iterator> newest;  // put in by the last call
+    std::optional<std::set<std::string>::iterator> newest;  // inserted by the last call
     i32 skip = 0;
 };
 

@@ -16,7 +16,7 @@ namespace valku {
 
 namespace {
 
-// A name may hold blanks; those before it part it from the command.
+// A name may hold blanks; those before it separate it from the command.
 std::string fileName(std::string_view arguments) {
     skipSeparators(arguments);
     return std::string(arguments);
