@@ -1,12 +1,8 @@
 """The values that another engine gives to the positions of a file, and engines that are no good at it."""
 
-import itertools
 import os
 import pathlib
-import re
-import shutil
 import signal
-import subprocess
 import sys
 
 import engine
@@ -42,18 +38,15 @@ class CallEngine(engine.EngineTest):
             os.kill(int((home / "told").read_text().split()[0]), 0)
 
     def test_values_are_those_of_a_direct_dialogue(self):
-        folder, own = os.path.split(engine.Engine.program)
-        os.environ["PATH"] += f":{folder}:/usr/games"
-        for program in filter(shutil.which, (own, "stockfish")):
-            player, home = self.begin(program, (fen + "\n" for fen in POSITIONS))
-            self.assertEqual(player.ready(), expected := [])
-            with subprocess.Popen([program], stdin=-1, stdout=-1, text=True, bufsize=1, cwd=home) as other:
-                for fen in POSITIONS:
-                    other.stdin.write(("" if expected else "uci\n") + f"position fen {fen}\ngo depth 6\n")
-                    answer = itertools.takewhile(lambda line: "bestmove " not in line, other.stdout)
-                    value = int(re.findall(r"score cp (-?\d+)", "".join(answer))[-1])
-                    expected += [fen, str(-value if fen.split()[1] == "b" else value)]
-            self.assertEqual((home / "values").read_text().splitlines(), expected, program)
+        folder, program = os.path.split(engine.Engine.program)
+        os.environ["PATH"] += ":" + folder
+        player, home = self.begin(program, (fen + "\n" for fen in POSITIONS))
+        self.assertEqual(player.ready(), expected := [])
+        other = self.ready_engine()
+        for fen in POSITIONS:
+            score = other.go("depth 6", f"fen {fen}").score
+            expected += [fen, str(-score if fen.split()[1] == "b" else score)]
+        self.assertEqual((home / "values").read_text().splitlines(), expected)
 
     def test_what_the_engine_is_told_and_what_is_kept_of_its_answers(self):
         fens = POSITIONS + [START]

@@ -22,7 +22,7 @@ class ToolTest(engine.EngineTest):
         self.home = pathlib.Path(home.name)
 
     def told(self, *lines):
-        """What the tools say in console mode, behind the greeting."""
+        """What the tools say in console mode, after the greeting."""
         output, code = self.run_with("\n".join(("console", *lines, "quit", "")), directory=str(self.home))
         self.assertEqual(code, 0)
         return output[output.index("rootSearchProcess") + 1:]
