@@ -33,7 +33,7 @@ bool isPromotion(int from, int to) {
     return gamePosition.board[from] == S::pawn && S::relativeRank(from) == 6 && S::relativeRank(to) == 7;
 }
 
-// `reader` is the name of the caller, which a fault tells.
+// `reader` is the name of the calling function, for the text of a fault.
 template <Color Us>
 EditedMove readMove(std::string_view text, const std::string& reader) {
     if (!isCoordinate(text) || !isCoordinate(text.substr(2)))

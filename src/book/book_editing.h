@@ -2,7 +2,8 @@
 
 #include <string_view>
 
-// Single moves of gamePosition into the book and out of it. A Fault tells why nothing has changed.
+// Single moves of gamePosition into the book and out of it, while no search runs. Throws Fault, with the book
+// as it was, if the text is no such move or the move is not in the book.
 
 namespace valku {
 

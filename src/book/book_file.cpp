@@ -7,6 +7,7 @@
 
 #include "book/opening_book.h"
 #include "chess/types.h"
+#include "platform/fault.h"
 #include "platform/file_replacement.h"
 #include "platform/regular_file.h"
 #include "platform/text_sink.h"
@@ -60,7 +61,7 @@ class BookBytes {
     std::size_t position = 0;
 };
 
-// Many errors mean that the file is no book; more of the same line would tell nothing.
+// Many errors mean that the file is no book: only the first ones are reported.
 class ErrorReport {
   public:
     void tell() {
@@ -106,7 +107,7 @@ void readBook(BookBytes& bytes) {
     }
 }
 
-// Each position's end mark depends on what follows, so it is written with that.
+// The mark after a position depends on what follows, so it is written with that.
 class BookWriter {
   public:
     explicit BookWriter(FileReplacement& replacement) : file(replacement) {}
@@ -153,19 +154,14 @@ bool loadBook() {
 
 void saveBook(const std::string& path) {
     sendText("Writing opening-book...\n");
-    if (bookSize.moves == 0) {
-        sendText("...error: no opening-moves to write!\n");
-        return;
-    }
+    if (bookSize.moves == 0) throw Fault("...error: no opening-moves to write!");
     FileReplacement file(path);
-    if (!file.isOpen()) {
-        sendText("Couldn´t open book-file!\n");
-        return;
-    }
+    if (!file.isOpen()) throw Fault("Couldn´t open book-file!");
     BookWriter writer(file);
     forEachBookPosition([&](const BookPosition& position) { writer.write(position); });
     writer.end();
-    sendText(file.putInPlace() ? "...done!\n" : "...error: the book could not be written!\n");
+    if (!file.putInPlace()) throw Fault("...error: the book could not be written!");
+    sendText("...done!\n");
 }
 
 }  // namespace valku

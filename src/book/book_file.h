@@ -15,7 +15,7 @@ inline std::string bookFile = "<empty>";
 // that is reported, and what could be read is kept.
 bool loadBook();
 
-// Writes the book in memory, and reports the result. A failure leaves the old file as it was.
+// Writes the book in memory to a file. Throws Fault if it cannot; an old file is as it was then.
 void saveBook(const std::string& path);
 
 }  // namespace valku

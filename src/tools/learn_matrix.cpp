@@ -310,7 +310,7 @@ class Conversion {
         return isMiddlegame(searchPosition, mostEndgameMaterial) ? middlegameFile : endgameFile;
     }
 
-    // The head of a matrix stands before its rows and tells their number. Reading the learn file twice is
+    // The head of a matrix, with the number of rows, comes before them. Reading the learn file twice is
     // cheaper than copying the rows, which are more than ten times as long.
     void countRows() {
         Progress progress("counted:");

@@ -20,7 +20,7 @@ namespace {
 
 enum class Outcome { lost, drawn, won };
 
-// Positions that are far out of balance are left out.
+// Whether the sides have about the same men, pawns aside. Other positions are left out.
 bool isBalanced(const Position& p) {
     const auto areNear = [](i32 white, i32 black) { return std::abs(white - black) <= 2; };
     return areNear(knightCountOf<White>(p), knightCountOf<Black>(p)) &&
