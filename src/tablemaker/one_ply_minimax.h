@@ -35,7 +35,6 @@ i32 valueOf(Position& position, const LookUp& lookUp) {
 template <class LookUp>
 i32 valueByMoves(Position& position, const LookUp& lookUp) {
     constexpr i32 none = std::numeric_limits<i32>::min();
-    constexpr i32 mated = -32766;
     i32 best = none;
     MoveList list;
     generateAllMoves(position, list);
@@ -45,7 +44,7 @@ i32 valueByMoves(Position& position, const LookUp& lookUp) {
         unmakeMove(position);
     }
     if (best != none) return best;
-    return inCheck(position) ? mated : 0;
+    return inCheck(position) ? matedTableValue : 0;
 }
 
 }  // namespace valku

@@ -16,7 +16,7 @@ namespace {
 std::string valueText(i32 value) {
     if (value == noTableValue) return "no table";
     if (value == 0) return "draw";
-    const int distance = value > 0 ? 32767 - value : value + 32766;
+    const int distance = movesToMate(value);
     if (distance == 0) return "mated";
     return (value > 0 ? "mate in " : "mated in ") + movesText(distance);
 }

@@ -68,9 +68,10 @@ class Successors {
     std::map<int, Tables> tables;
 };
 
-// The reverse of how a one-byte entry is read.
+// The one-byte entry that is read as the value.
 i32 byteOfValue(i32 value) {
-    return value == 0 ? 0 : value > 0 ? value - 32640 : value + 32640;
+    if (value == 0) return 0;
+    return value > 0 ? 127 - movesToMate(value) : movesToMate(value) - 126;
 }
 
 std::string textOfByte(i32 byte) {
@@ -84,9 +85,9 @@ struct WrongEntry {
     i32 expected = 0;
 };
 
-class Verifier {
+class EntryChecker {
   public:
-    Verifier(const Successors& known, const TableFile& verifiedFile, const std::vector<u8>& tableBytes)
+    EntryChecker(const Successors& known, const TableFile& verifiedFile, const std::vector<u8>& tableBytes)
         : successors(known), file(verifiedFile), bytes(tableBytes) {}
 
     // `report` is called now and then, by one thread at a time, with the number of entries that have been
@@ -168,7 +169,7 @@ class Verification {
             throw Fault(file.path + ": " + fault.text());
         }
         const std::vector<u8> bytes = readTable(file);
-        const WrongEntry wrong = Verifier(successors, file, bytes).firstWrong(threads, [&](u64 done) {
+        const WrongEntry wrong = EntryChecker(successors, file, bytes).firstWrong(threads, [&](u64 done) {
             bar.show(static_cast<double>(before + done) / static_cast<double>(total), file.path);
         });
         bar.clear();
