@@ -14,11 +14,6 @@ TimeOfDay timeOfDay() {
     return {total / 1000, static_cast<std::int32_t>(total % 1000) * 1000};
 }
 
-double secondsBetween(const TimeOfDay& from, const TimeOfDay& to) {
-    return static_cast<double>(to.seconds - from.seconds) +
-           static_cast<double>(to.microseconds - from.microseconds) / 1e6;
-}
-
 double steadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }

@@ -10,8 +10,8 @@ namespace valku {
 
 namespace {
 
-/// After a failed call: true if it is to be tried again, which may take a wait. An interface can hand us a
-/// pipe that does not block; then the wait is ours.
+// After a failed call: true if it should be tried again. A chess interface can start us with non-blocking
+// pipes; then this waits until the descriptor is ready.
 bool mayTryAgain(int descriptor, short event) {
     if (errno == EINTR) return true;
     if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
@@ -43,7 +43,7 @@ bool writeDescriptor(int descriptor, std::string_view text) {
 
 bool writeDescriptor(int descriptor, std::string_view text, int milliseconds) {
     while (!text.empty()) {
-        // A pipe that has room has room for so much.
+        // A pipe that is ready for writing takes PIPE_BUF bytes without blocking.
         const std::string_view piece = text.substr(0, PIPE_BUF);
         if (!awaitEvent(descriptor, POLLOUT, milliseconds) || !writeDescriptor(descriptor, piece))
             return false;

@@ -5,22 +5,22 @@
 
 #include "platform/line_reader.h"
 
-// Reading and writing on file descriptors, for the bodies of this folder only.
+// Reading and writing on file descriptors, for the .cpp files of this folder only.
 
 namespace valku {
 
-/// Waits for bytes, whether the descriptor blocks or not. Their number, 0 at the end or after a failure.
+// Waits for bytes, also on a non-blocking descriptor. Returns their number; 0 at the end or after a failure.
 std::size_t readDescriptor(int descriptor, char* to, std::size_t size);
 
-/// Writes everything, whether the descriptor blocks or not. False after a failure.
+// Writes everything, also to a non-blocking descriptor. False after a failure.
 bool writeDescriptor(int descriptor, std::string_view text);
 
-/// The same for a reader that may read no more: false also if nothing was taken for so many milliseconds. To
-/// a pipe that somebody else writes to as well it may wait longer.
+// The same for a reader that may have stopped reading: false also if it takes nothing for `milliseconds`.
+// The wait may be longer if another process writes to the same pipe.
 bool writeDescriptor(int descriptor, std::string_view text, int milliseconds);
 
-/// Waits for a poll event, for ever if `milliseconds` is negative. False if nothing has come of it in time;
-/// an end or a failure counts as something.
+// Waits for a poll event, without limit if `milliseconds` is negative. False if the time ran out; the end of
+// the stream and a failure count as events.
 bool awaitEvent(int descriptor, short event, int milliseconds);
 
 class DescriptorSource final : public ByteSource {

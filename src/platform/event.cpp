@@ -5,7 +5,7 @@
 namespace valku {
 
 void Event::signal() {
-    // The waiter may destroy the event as soon as it has the lock, so the condition is told while it is held.
+    // The waiter may destroy the event as soon as it gets the lock, so we notify while holding it.
     std::lock_guard guard(mutex);
     signalled = true;
     changed.notify_one();

@@ -6,20 +6,20 @@
 
 namespace valku {
 
-/// A signal from one thread to another. It resets itself: one signal lets one wait pass. A signal that nobody
-/// waits for stays pending, and signals before a wait do not add up: two of them satisfy one wait.
-/// A thread that has seen the last signal of an event may destroy it at once.
+// A signal from one thread to another, an auto-reset event: one signal ends one wait. A signal without a
+// waiting thread stays pending; pending signals do not add up, so that two of them satisfy one wait.
+// A thread that has received the last signal of an event may destroy it at once. Any thread may call.
 class Event {
   public:
     void signal();
 
-    /// Takes a pending signal back.
+    // Drops a pending signal.
     void reset();
 
     void wait();
 
-    /// Waits at most `milliseconds`. True if the event came, false if the time ran out; the event is then
-    /// unchanged, and a later signal stays pending for the next wait.
+    // Waits at most `milliseconds`. False if the time ran out; a later signal then stays pending for the next
+    // wait.
     bool waitFor(std::uint32_t milliseconds);
 
   private:

@@ -5,35 +5,35 @@
 
 namespace valku {
 
-/// The new content of a file. It is written beside the file, under the file's name with ".new" behind it, and
-/// put in its place only when it is whole and on the disk, so that a failure, or the end of the process at
-/// any point, leaves the old file as it was. A symbolic link is followed and stays; a file keeps its
-/// permissions. What is no regular file, such as a device or a pipe, and what is our own output, is written
-/// straight. For one thread at a time; of several processes that replace one file at once, the first does.
+// Replaces a file atomically. The new content is written beside the file, under its name with ".new"
+// appended, and renamed over it only when it is complete and on the disk, so that a failure, or the end of
+// the process at any point, leaves the old file as it was. A symbolic link is followed and stays; the file
+// keeps its permissions. Anything that is no regular file, such as a device or a pipe, and our own output are
+// written directly. For one thread at a time; of several processes that replace one file at once the first
+// succeeds.
 class FileReplacement {
   public:
-    /// A pipe may have to wait here for its reader.
+    // For a named pipe this waits for a reader.
     explicit FileReplacement(const std::string& path);
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// Without a putInPlace() that succeeded the old file stays.
+    // Without a putInPlace() that succeeded the old file stays.
     ~FileReplacement();
 
-    /// False if there is no such folder, or the file may not be written.
+    // False if the folder does not exist or the file may not be written.
     bool isOpen() const { return descriptor >= 0; }
 
-    /// Writes are gathered. After one that failed the rest is dropped.
+    // Buffered. After a failed write everything further is dropped.
     void write(std::string_view text);
 
-    /// False after a failure that has come to light.
+    // False after a failure that has been noticed.
     bool isGood() const { return good; }
 
-    /// Brings everything to the disk, before the file is put in its place. False if something was not
-    /// written.
+    // Brings everything to the disk; the old file is still in place. False if something was not written.
     bool complete();
 
-    /// Completes the file if that is still to be done, and replaces the old one. False after any failure.
+    // Completes the file if necessary and replaces the old one. False after any failure.
     bool putInPlace();
 
   private:
@@ -43,8 +43,8 @@ class FileReplacement {
     void discard();
     void close();
 
-    std::string target;      ///< empty if it is written straight
-    std::string unfinished;  ///< empty if there is nothing to take away
+    std::string target;      // empty if it is written directly
+    std::string unfinished;  // the temporary file; empty if there is none to remove
     std::string gathered;
     int descriptor = -1;
     bool good = false;

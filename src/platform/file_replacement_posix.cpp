@@ -22,8 +22,8 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// Our standard output or error, if the file is that, as with /dev/stdout; else -1. A name of its own would
-/// write a file from its beginning, and there is none for a socket.
+// The descriptor of our standard output or error if the file is that, as with /dev/stdout; else -1. Opening
+// the name anew would start at the beginning of a file, and is impossible for a socket.
 int standardDescriptorOf(const struct stat& file) {
     for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
         struct stat standard {};
@@ -32,7 +32,7 @@ int standardDescriptorOf(const struct stat& file) {
     return -1;
 }
 
-/// The file at the end of a chain of symbolic links, whether it exists or not.
+// The file at the end of a chain of symbolic links, whether it exists or not.
 std::string endOfLinks(std::filesystem::path path) {
     constexpr int longestChain = 40;
     std::error_code error;
@@ -41,8 +41,8 @@ std::string endOfLinks(std::filesystem::path path) {
     return path.string();
 }
 
-/// Opens the file for a writer that has it alone until it closes it. What a killed process has left under the
-/// name is taken over. -1 if another process is at it.
+// Opens the file and locks it until it is closed. What a killed process has left under the name is reused.
+// -1 if another process holds the lock.
 int openAlone(const std::string& path) {
     for (;;) {
         constexpr mode_t anyone = 0666;
@@ -52,7 +52,8 @@ int openAlone(const std::string& path) {
         struct stat named {};
         if (fstat(descriptor, &opened) == 0 && S_ISREG(opened.st_mode) &&
             flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
-            // Before we had the lock, another may have put the file in its place: then it is not ours to cut.
+            // Before we got the lock, another process may have renamed the file: then we must not truncate
+            // it.
             const bool isNamed = lstat(path.c_str(), &named) == 0 && isSameFile(opened, named);
             if (isNamed && ftruncate(descriptor, 0) == 0) return descriptor;
             close(descriptor);
@@ -64,13 +65,13 @@ int openAlone(const std::string& path) {
     }
 }
 
-/// Not every file system lets us give a file away; the permissions are ours to set in any case.
+// Not every file system lets us change the owner; the permissions can always be set.
 bool takeOverPermissions(int descriptor, const struct stat& old) {
     if (fchown(descriptor, old.st_uid, old.st_gid) != 0 && errno != EPERM && errno != EINVAL) return false;
     return fchmod(descriptor, old.st_mode & permissionBits) == 0;
 }
 
-/// Devices, pipes and some file systems have nothing to bring to the disk.
+// Devices, pipes and some file systems cannot be synchronised.
 bool bringToDisk(int descriptor) {
     while (fsync(descriptor) != 0) {
         if (errno == EINVAL || errno == EROFS || errno == ENOTSUP) return true;
@@ -79,7 +80,7 @@ bool bringToDisk(int descriptor) {
     return true;
 }
 
-/// The names in the folder of the file. One that we may not read is left to the system.
+// The entry of the file in its folder. A folder that we may not read is left to the system.
 bool bringFolderToDisk(const std::string& file) {
     const std::string folder = std::filesystem::path(file).parent_path().string();
     const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -119,7 +120,7 @@ bool FileReplacement::openDirectly(const std::string& path) {
 void FileReplacement::openBeside(const std::string& path) {
     struct stat old {};
     const bool stands = stat(path.c_str(), &old) == 0;
-    // A file that is protected from writing is not to be replaced either.
+    // A file that is protected from writing must not be replaced either.
     if (stands && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return;
     target = path;
     descriptor = openAlone(path + ".new");
@@ -158,7 +159,7 @@ bool FileReplacement::putInPlace() {
 }
 
 void FileReplacement::discard() {
-    // The name goes before the lock does, which the descriptor holds: afterwards it may be another's.
+    // Unlinked before the close that releases the lock: after that the name may belong to another process.
     if (!unfinished.empty()) unlink(unfinished.c_str());
     unfinished.clear();
     close();

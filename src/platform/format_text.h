@@ -4,7 +4,7 @@
 
 namespace valku {
 
-// printf into a string.
+// printf into a string; empty if the format fails.
 [[gnu::format(printf, 1, 2)]] std::string formatText(const char* format, ...);
 
 }  // namespace valku

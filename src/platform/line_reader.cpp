@@ -8,7 +8,7 @@
 namespace valku {
 
 bool LineReader::refill() {
-    // A terminal can go on giving bytes after its end-of-input key; to us the first end is the end.
+    // A terminal can deliver more bytes after its end-of-input key; the first end is final here.
     if (ended) return false;
     position = 0;
     end = source.read(block.data(), block.size());

@@ -1,13 +1,12 @@
 #pragma once
 
-// Commands that keep the thread that reads the commands busy for long. While one is at work, `?`, `stop`,
-// `quit` and the end of the input end it, if they come after its begin: what has been there before is a
-// script, which waits for its turn. All lines keep their turn, so that `quit` takes effect by itself
-// afterwards.
+// Commands that occupy the thread that reads the commands for long. `?`, `stop`, `quit` and the end of the
+// input end such a command if they arrive after it has begun; what was there before is a script, which waits
+// for its turn. The lines are only looked at, not consumed, so that a `quit` still takes effect afterwards.
 
 namespace valku {
 
-// Stands while such a command works. Only on the thread that reads the commands, and one at a time.
+// Exists while such a command runs. Only on the thread that reads the commands, and one at a time.
 class LongCommand {
   public:
     LongCommand();
@@ -16,8 +15,8 @@ class LongCommand {
     ~LongCommand();
 };
 
-// True if the work is to end with what it has so far; also if the process is about to end. To be asked
-// between any two steps; never waits.
+// True if the command should stop with what it has so far; also if the process is about to end. Cheap enough
+// to be asked between any two steps; never waits. Only on the thread that reads the commands.
 bool commandStopped();
 
 }  // namespace valku

@@ -6,8 +6,7 @@
 
 namespace valku {
 
-/// A lock between the threads of this process, not recursive. std::lock_guard and std::unique_lock
-/// work on it.
+// A lock between the threads of this process, not recursive, for std::lock_guard and std::unique_lock.
 class Mutex {
   public:
     void lock() { mutex.lock(); }
@@ -18,8 +17,8 @@ class Mutex {
     std::mutex mutex;
 };
 
-/// The lock, if it is to be had within so many milliseconds: whoever holds it may be waiting for a reader
-/// that never reads.
+// Tries to get the lock for `milliseconds`, for the case that its owner waits for a reader that never reads.
+// The result owns the lock or not.
 inline std::unique_lock<Mutex> lockWithin(Mutex& mutex, int milliseconds) {
     std::unique_lock lock(mutex, std::try_to_lock);
     for (int waited = 0; !lock && waited < milliseconds; ++waited) {

@@ -5,7 +5,7 @@
 
 namespace valku {
 
-/// A file of this process alone: it did not exist before, and no child inherits it.
+// A file that this process creates and no child inherits. For one thread at a time.
 class NewFile {
   public:
     NewFile() = default;
@@ -15,11 +15,11 @@ class NewFile {
 
     enum class Result { done, taken, refused };
 
-    /// Of several that create the same name at the same moment one succeeds; for the others, and where the
-    /// name is that of a link, wherever it leads, the name is taken.
+    // `taken` if the name exists, as a link too; of several processes that create it at the same moment one
+    // succeeds. `refused` if the system does not allow the file.
     Result create(const std::string& name);
 
-    /// Past every buffer. False if not all of the text has found its place.
+    // Unbuffered. False if not all of the text could be written.
     bool write(std::string_view text);
 
     bool isOpen() const { return descriptor >= 0; }

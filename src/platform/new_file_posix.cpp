@@ -16,9 +16,8 @@ NewFile::~NewFile() {
 NewFile::Result NewFile::create(const std::string& name) {
     close();
     ignoreFileSizeLimit();
-    constexpr int whatTheUserAllows = 0666;
-    descriptor =
-        ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, whatTheUserAllows);
+    constexpr int anyone = 0666;  // less the user's mask
+    descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, anyone);
     if (isOpen()) return Result::done;
     return errno == EEXIST ? Result::taken : Result::refused;
 }

@@ -29,10 +29,6 @@ void exitProcess(int code) {
     _exit(code);
 }
 
-std::int64_t currentProcessId() {
-    return getpid();
-}
-
 bool standardInputIsOrphaned() {
     pollfd input{STDIN_FILENO, 0, 0};
     return poll(&input, 1, 0) > 0;
@@ -46,14 +42,14 @@ bool standardInputIsPipe() {
 std::string ownProgramPath(const std::string& argv0) {
     std::error_code failure;
     const std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe", failure);
-    // A program file that was replaced since the start has a name there that leads nowhere.
+    // If the program file was replaced since the start, the link names a file that does not exist.
     if (failure || !std::filesystem::exists(path, failure)) return argv0;
     return path.string();
 }
 
 namespace {
 
-/// A descriptor of this process that no child inherits by accident.
+// A descriptor of this process that no child inherits by accident.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -72,8 +68,8 @@ class Descriptor {
     int value = -1;
 };
 
-/// Away from 0, 1 and 2: a process that was started without standard streams gets those numbers for its
-/// pipes, and laying the child's ends over them would destroy the pipes.
+// Moves a descriptor away from 0, 1 and 2: a process that was started without standard streams gets those
+// numbers for its pipes, and duplicating the child's ends onto them would close the pipes.
 int awayFromStandardStreams(int descriptor) {
     if (descriptor > STDERR_FILENO) return descriptor;
     const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -89,7 +85,7 @@ bool makePipe(Descriptor& readEnd, Descriptor& writeEnd) {
     return readEnd.get() >= 0 && writeEnd.get() >= 0;
 }
 
-/// Starts the program with its three standard streams on the given descriptors. 0 on failure.
+// Starts the program with its three standard streams on the given descriptors. 0 on failure.
 pid_t spawn(const std::string& programPath, const std::vector<std::string>& arguments, int input,
             int output) {
     std::vector<char*> words;
@@ -103,8 +99,8 @@ pid_t spawn(const std::string& programPath, const std::vector<std::string>& argu
     posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&files, output, STDERR_FILENO);
 
-    // Our own treatment of signals is not the child's; a process group of its own keeps the keys of our
-    // terminal away from it.
+    // The child starts with default signal handling, and in a process group of its own, out of reach of our
+    // terminal's keys.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none;
@@ -129,7 +125,7 @@ pid_t spawn(const std::string& programPath, const std::vector<std::string>& argu
 }  // namespace
 
 struct ChildProcess::Impl {
-    /// Collects the exit code if the child has ended; with `mutex` held. True if it has.
+    // Collects the exit code if the child has ended; with `mutex` held. True if it has.
     bool collect() {
         if (process == 0 || collected) return true;
         int status = 0;
@@ -145,7 +141,7 @@ struct ChildProcess::Impl {
     DescriptorSource source;
     LineReader reader{source};
 
-    // The number of a collected child may already be another process's, so collecting and killing exclude
+    // The id of a collected child may already belong to another process, so collecting and killing exclude
     // each other.
     std::mutex mutex;
     pid_t process = 0;
@@ -225,7 +221,7 @@ int ChildProcess::wait() {
             std::lock_guard guard(impl->mutex);
             if (impl->collect()) return impl->exitCode;
         }
-        // Waits without collecting, so that `terminate` can get at the child meanwhile.
+        // Waits without collecting, so that `terminate` can kill the child meanwhile.
         siginfo_t information;
         waitid(P_PID, static_cast<id_t>(impl->process), &information, WEXITED | WNOWAIT);
     }

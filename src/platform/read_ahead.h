@@ -7,19 +7,19 @@
 
 #include "platform/line_reader.h"
 
-// For the bodies of this folder only.
+// For the .cpp files of this folder only.
 
 namespace valku {
 
-/// Stands between a descriptor and its reader, so that what comes can be looked at before its turn. Nothing
-/// is taken away from the reader by that. For one thread at a time, that of the reader.
+// A buffer between a descriptor and its reader in which arriving lines can be looked at before they are read.
+// Nothing is lost for the reader. Only for the reader's thread.
 class ReadAhead final : public ByteSource {
   public:
     explicit ReadAhead(int number) : descriptor(number) {}
 
     std::size_t read(char* to, std::size_t size) override;
 
-    /// See watchStandardInput().
+    // See watchStandardInput().
     void watch(std::span<const std::string_view> lines, std::string_view lastLine);
     bool hasBrought();
 
@@ -28,9 +28,9 @@ class ReadAhead final : public ByteSource {
     void note(std::string_view bytes);
     void end();
 
-    // Whoever sends more than this ahead is not looked at before it has been read.
+    // Input beyond this is looked at only after the earlier input has been read.
     static constexpr std::size_t mostKept = std::size_t{1} << 20;
-    // Longer lines are none that anyone looks for.
+    // Longer lines cannot match.
     static constexpr std::size_t longestLine = 64;
 
     int descriptor;
@@ -41,7 +41,7 @@ class ReadAhead final : public ByteSource {
     std::span<const std::string_view> wanted;
     std::string_view closing;
     bool brought = false;
-    std::string openLine;      // the begin of the line that is coming in
+    std::string openLine;      // the beginning of the line that is arriving
     std::string completeLine;  // the one before it
 };
 

@@ -44,7 +44,7 @@ bool ReadAhead::hasBrought() {
     return brought;
 }
 
-// What can be had without a wait.
+// Reads what has arrived, without waiting.
 void ReadAhead::fetch() {
     std::array<char, 4096> block;
     kept.erase(0, position);

@@ -20,13 +20,13 @@ namespace {
 
 constexpr int onlyThisUser = 0600;
 
-/// After a failed call on a segment: true if the segment is no longer there.
+// After a failed call on a segment: true if the segment is no longer there.
 bool wasRemoved() {
     return errno == EIDRM || errno == EINVAL;
 }
 
-/// The segments that this process has made and still owns. Each is made and noted in one step under the lock,
-/// so that an end of the process misses none; recursive, for an end keeps it.
+// The segments that this process has made and still owns. Each is made and recorded in one step under the
+// lock, so that the end of the process misses none. Recursive, because removeOwn() keeps the lock.
 struct OwnSegments {
     std::recursive_mutex mutex;
     std::vector<int> numbers;
@@ -37,7 +37,7 @@ OwnSegments& ownSegments() {
     return *segments;
 }
 
-/// shmget for a new segment of the id; the number or -1.
+// shmget for a new segment of the id; the number or -1.
 int makeSegment(int id, std::size_t size) {
     OwnSegments& own = ownSegments();
     const std::lock_guard guard(own.mutex);
@@ -47,7 +47,7 @@ int makeSegment(int id, std::size_t size) {
     return made;
 }
 
-/// False if the system refused.
+// False if the system refused.
 bool removeSegment(int segment) {
     OwnSegments& own = ownSegments();
     const std::lock_guard guard(own.mutex);
@@ -55,7 +55,7 @@ bool removeSegment(int segment) {
     return shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
 }
 
-/// Also true of a process that has died and whose parent has not asked for it yet.
+// Also true of a zombie, whose parent has not collected it yet.
 bool isProcessGone(pid_t process) {
     if (kill(process, 0) != 0) return errno == ESRCH;
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
@@ -72,22 +72,22 @@ bool isUsed(int segment) {
     return shmctl(segment, IPC_STAT, &state) == 0 && state.shm_nattch != 0;
 }
 
-/// Removes a segment that nobody uses any more: attached nowhere and its creator dead. That the creator is
-/// dead matters, since a new segment is attached nowhere until its creator has come from making it to
-/// attaching it. True if the segment is gone, through us or through somebody else.
+// Removes a segment that is no longer in use: attached nowhere, and its creator dead. The creator's death
+// matters because a new segment is attached nowhere until its creator gets to attaching it. True if the
+// segment is gone, removed by us or by another process.
 bool removeIfStale(int segment) {
     shmid_ds state{};
     if (shmctl(segment, IPC_STAT, &state) != 0) return wasRemoved();
     const bool ours = state.shm_perm.uid == geteuid() && (state.shm_perm.mode & 0777) == onlyThisUser;
-    // A creator in another container has no number here, and nothing can be said about its life.
+    // A creator in another container has no process id here; whether it lives is unknown.
     const bool creatorKnown = state.shm_cpid > 0;
     if (!ours || state.shm_nattch != 0 || !creatorKnown || !isProcessGone(state.shm_cpid)) return false;
     return shmctl(segment, IPC_RMID, nullptr) == 0 || wasRemoved();
 }
 
-/// The last user of a dead creator's segment has nobody behind it who would clear it away. A creator that was
-/// killed lets go of everything some moments before it counts as dead.
-void removeBehind(int segment) {
+// After the last user of a dead creator's segment no other process would remove it. A killed creator detaches
+// some moments before it counts as dead, hence the wait.
+void removeAfterUse(int segment) {
     constexpr int patienceMs = 500;
     for (int waited = 0; !removeIfStale(segment) && !isUsed(segment) && waited < patienceMs; ++waited) {
         sleepMilliseconds(1);
@@ -142,7 +142,7 @@ SharedMemoryResult SharedMemory::create(int id, std::uint64_t size) {
             return result;
         }
         if (errno != EEXIST) return SharedMemoryResult::refused;
-        // Whoever holds the id may let go of it between two calls; then the next turn finds it free.
+        // The holder of the id may release it between two calls; then the next round finds it free.
         const int existing = shmget(id, 0, 0);
         if (existing >= 0 ? !removeIfStale(existing) : errno != ENOENT) return SharedMemoryResult::taken;
     }
@@ -172,10 +172,10 @@ void SharedMemory::removeOwn() {
 
 bool SharedMemory::close() {
     if (start == nullptr) return true;
-    // The mark must stand before we detach: from then on the last one to detach takes the segment with it.
+    // Marked for removal before we detach: the system then removes it with the last process that detaches.
     const bool unnamed = !creator || removeSegment(segment);
     const bool detached = shmdt(start) == 0;
-    if (!creator) removeBehind(segment);
+    if (!creator) removeAfterUse(segment);
     start = nullptr;
     length = 0;
     segment = -1;

@@ -5,9 +5,8 @@
 
 namespace valku {
 
-/// A value that one thread writes and another polls. All accesses stand in one order that every thread sees:
-/// of two threads that each set a value and then look at the other's, at least one sees it. Reading costs
-/// nothing extra on x86.
+// A value that one thread writes and others poll. Accesses are sequentially consistent: of two threads that
+// each set a value and then look at the other's, at least one sees it. Reading costs nothing extra on x86.
 template <class T>
 class SharedValue {
   public:

@@ -4,8 +4,8 @@
 
 namespace valku {
 
-// The process is about to end; long work leaves off. Set by whoever ends the process, on any thread, and
-// never cleared.
+// The process is about to end and long work stops. Set by the thread that ends the process, never cleared;
+// read by any thread.
 inline SharedFlag shutDownBegun{false};
 
 }  // namespace valku

@@ -32,8 +32,8 @@ ConsoleSignal consoleNumber(int system) {
     return consoleShutdown;
 }
 
-/// Takes the signals out of `set` one at a time. They are blocked in every thread and arrive nowhere else, so
-/// the handler runs as ordinary code and may lock and write.
+// Waits for the signals of `set`, one at a time. They are blocked in every thread, so the handler runs as
+// ordinary code and may lock and write.
 class SignalThread final : public Thread {
   public:
     void run() override {
@@ -60,7 +60,7 @@ class SignalThread final : public Thread {
         sigaddset(&one, system);
         pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
         raise(system);
-        // Only the first process of a container gets here: the system spares it the default end.
+        // Only the first process of a container gets here: its default action for signals is to ignore them.
         exitProcess(128 + system);
     }
 };

@@ -39,7 +39,7 @@ int setOption(int handle, int level, int option, int value = 1) {
     return errorOf(setsockopt(handle, level, option, &value, sizeof value));
 }
 
-/// Waits until `event` happens on the descriptor. A wait of 0 ms has no end.
+// Waits until `event` happens on the descriptor; a timeout of 0 means no limit. 0 or an error code.
 int waitForEvent(int handle, short event, std::uint32_t timeoutMilliseconds) {
     const double end = steadySeconds() + timeoutMilliseconds / 1000.0;
     for (;;) {
@@ -66,7 +66,8 @@ int startSockets() {
 
 namespace {
 
-/// A question that may take longer than anybody wants to wait; whoever comes last clears it away.
+// A name lookup on a thread of its own, which the asker abandons if it takes too long; the last of the two
+// frees it.
 class Lookup final : public Thread, public std::enable_shared_from_this<Lookup> {
   public:
     explicit Lookup(std::string name) : host(std::move(name)) {}
@@ -126,7 +127,6 @@ Socket::Socket(Socket&& other) noexcept {
 
 Socket& Socket::operator=(Socket&& other) noexcept {
     std::swap(handle, other.handle);
-    std::swap(connected, other.connected);
     return *this;
 }
 
@@ -174,10 +174,9 @@ int Socket::accept(Socket& connection) {
         if (caller >= 0) {
             connection.close();
             connection.handle = caller;
-            connection.connected = true;
             return 0;
         }
-        // A caller that hung up before we got to it is no fault of the listener.
+        // A peer that disconnected before it was accepted is no failure of the listener.
         if (errno != EINTR && errno != ECONNABORTED) return errno;
     }
 }
@@ -187,7 +186,7 @@ int Socket::connect(const std::string& address, std::uint16_t port, std::uint32_
     if (inet_pton(AF_INET, address.c_str(), &host) != 1) return EINVAL;
     const sockaddr_in peer = addressOf(host.s_addr, port);
 
-    // An interrupted blocking connect goes on behind our back, so the wait is made apart from the call.
+    // An interrupted blocking connect goes on asynchronously, so we wait separately from the call.
     const int flags = fcntl(handle, F_GETFL);
     if (flags < 0 || fcntl(handle, F_SETFL, flags | O_NONBLOCK) != 0) return errno;
     int error = errorOf(::connect(handle, reinterpret_cast<const sockaddr*>(&peer), sizeof peer));
@@ -197,7 +196,6 @@ int Socket::connect(const std::string& address, std::uint16_t port, std::uint32_
         if (error == 0 && getsockopt(handle, SOL_SOCKET, SO_ERROR, &error, &size) != 0) error = errno;
     }
     if (error == 0 && fcntl(handle, F_SETFL, flags) != 0) error = errno;
-    connected = error == 0;
     return error;
 }
 
@@ -250,7 +248,6 @@ void Socket::shutDown() {
 void Socket::close() {
     if (handle >= 0) ::close(handle);
     handle = -1;
-    connected = false;
 }
 
 std::string Socket::remoteAddress() const {

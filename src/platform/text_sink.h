@@ -5,20 +5,20 @@
 
 namespace valku {
 
-// The door to the outside. Everything that the engine says goes through it; the part that owns the door is
-// handed in at start-up.
+// Where everything goes that the engine says. The shell provides the object at start-up, before the second
+// thread starts.
 class TextSink {
   public:
     virtual ~TextSink() = default;
 
-    // Sends the text whole. Any thread, as the next three.
+    // Sends the whole text. May be called by any thread, like the other functions.
     virtual void send(std::string_view text) = 0;
 
-    // For the log alone, where there is one.
+    // For the log only; dropped if there is none.
     virtual bool keepsNotes() const { return false; }
     virtual void note(std::string_view) {}
 
-    // For the log and this process's own output, never for a peer.
+    // For the log and this process's own output, never sent to a peer.
     virtual void status(std::string_view text) { send(text); }
 };
 

@@ -2,8 +2,8 @@
 
 namespace valku {
 
-/// One activity with an operating-system thread of its own. No handle is kept: the thread is detached, nobody
-/// joins it, and it ends when `run` returns or the process ends. The object must outlive its thread.
+// An operating-system thread. It is detached and never joined; it ends when `run` returns or the process
+// ends. The object must outlive its thread.
 class Thread {
   public:
     Thread() = default;
@@ -11,15 +11,16 @@ class Thread {
     Thread& operator=(const Thread&) = delete;
     virtual ~Thread();
 
-    /// The body of the thread.
+    // The body of the thread.
     virtual void run() = 0;
 
-    /// Starts a thread that calls `run`, with a stack of 8 MiB. `run` is called as the object stands at that
-    /// moment: whoever starts a thread from a constructor does it in the most derived class, as its last act.
-    /// A process that cannot get the thread ends with status 1 after one line on standard error.
+    // Starts a thread that calls `run`, with a stack of 8 MiB, or of 1 MiB if the system refuses that. `run`
+    // is a virtual call at that moment: a constructor may start the thread only in the most derived class, as
+    // its last statement. If the system gives no thread, the process ends with status 1 after one line on
+    // standard error.
     void start();
 
-    /// The same, but false, and no thread, if there is none to be had.
+    // The same, but returns false if the system gives no thread.
     bool tryStart();
 };
 

@@ -8,8 +8,8 @@ namespace valku {
 
 namespace {
 
-// A split copies whole positions into the frames of the thread that searches on. Systems whose own default is
-// a few hundred kilobytes exist, so the size is always asked for.
+// A split search keeps whole positions on the stack of the searching thread. Some systems default to a few
+// hundred kilobytes, so the size is always requested.
 constexpr std::size_t stackSize = 8 * 1024 * 1024;
 constexpr std::size_t leastStackSize = 1024 * 1024;
 
@@ -34,7 +34,7 @@ bool startDetached(Thread* thread, std::size_t stack) {
 Thread::~Thread() = default;
 
 bool Thread::tryStart() {
-    // Where address space is limited, less than we like may still be had.
+    // Where address space is limited, a smaller stack may still be possible.
     return startDetached(this, stackSize) || startDetached(this, leastStackSize);
 }
 

@@ -1,6 +1,7 @@
 // The second process of the platform's tests; the first argument says what it does.
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -17,8 +18,8 @@ void say(const std::string& text) {
     writeStandardOutput(text + "\n");
 }
 
-/// Answers its further arguments, then the first word of its input, then every line behind it. Its ends of
-/// the pipes do not block, as those that an interface hands to an engine may not.
+// Answers its further arguments, then the first word of its input, then every line behind it. Its ends of
+// the pipes do not block, as those that an interface hands to an engine may not.
 void echo(int count, char** words) {
     for (const int end : {0, 1}) fcntl(end, F_SETFL, O_NONBLOCK);
     for (int i = 2; i < count; ++i) say(std::string("[").append(words[i]).append("]"));
@@ -27,8 +28,8 @@ void echo(int count, char** words) {
     while (standardInput().readLine(text)) say("line " + text);
 }
 
-/// Opens the block `id`, or as an engine does claims the first free id from there on, answers the id (0:
-/// none) and holds the block until the end of the input.
+// Opens the block `id`, or as an engine does claims the first free id from there on, answers the id (0:
+// none) and holds the block until the end of the input.
 void share(const std::string& how, int id) {
     SharedMemory memory;
     SharedMemoryResult result = how == "open" ? memory.open(id) : memory.create(id, 4096);
@@ -40,7 +41,7 @@ void share(const std::string& how, int id) {
 
 void waitForSignals() {
     installConsoleSignalHandler([](int number) { say(std::to_string(number)); });
-    say(std::to_string(currentProcessId()));
+    say(std::to_string(getpid()));
     sleepMilliseconds(60000);
 }
 

@@ -27,7 +27,7 @@ std::vector<std::string> restOfOutput(ChildProcess& child) {
     return lines;
 }
 
-/// A running child, killed by its destructor.
+// A running child, killed by its destructor.
 struct Partner : ChildProcess {
     explicit Partner(const std::vector<std::string>& words, std::string program = VALKU_PLATFORM_PROGRAM) {
         EXPECT_TRUE(start(program, words));
@@ -40,7 +40,7 @@ struct Partner : ChildProcess {
 
 TEST(ChildProcessThreadsTest, PathsArgumentsWordsAndLinesArriveWhole) {
     const std::filesystem::path program =
-        std::filesystem::temp_directory_path() / ("valku test " + std::to_string(currentProcessId()));
+        std::filesystem::temp_directory_path() / ("valku test " + std::to_string(getpid()));
     std::filesystem::copy_file(VALKU_PLATFORM_PROGRAM, program);
     Partner child({"echo", "two words", "", "$HOME;\"quoted\""}, program.string());
     EXPECT_FALSE(child.hasEnded());
@@ -99,9 +99,9 @@ TEST(ConsoleSignalTest, TheHandlerRunsThenTheSystemEndsTheProcess) {
     }
 }
 
-/// Ids that no other test process uses at the same time, and no engine.
+// Ids that no other test process uses at the same time, and no engine.
 int testId(int number) {
-    return 0x40000000 + static_cast<int>(currentProcessId() % 1'000'000) * 64 + number;
+    return 0x40000000 + static_cast<int>(getpid() % 1'000'000) * 64 + number;
 }
 
 bool segmentExists(int id) {

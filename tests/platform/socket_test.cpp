@@ -18,7 +18,7 @@ Socket listener(int backlog) {
     return socket;
 }
 
-/// What has come in; empty at the end.
+// What has come in; empty at the end.
 std::string receive(Socket& socket) {
     std::string text(32768, ' ');
     text.resize(static_cast<std::size_t>(socket.receive(text.data(), text.size())));
@@ -30,7 +30,7 @@ TEST(SocketThreadsTest, AConnectionEchoesLongTextsAndSeesTheOtherSideClose) {
     Socket near;
     Socket far;
     ASSERT_TRUE(near.create() == 0 && near.connect(resolveHost("localhost"), door.localPort()) == 0);
-    ASSERT_TRUE(door.accept(far) == 0 && far.setNoDelay() == 0 && far.isConnected());
+    ASSERT_TRUE(door.accept(far) == 0 && far.setNoDelay() == 0);
 
     std::string question;
     for (int i = 0; question.size() < 5'000'000; ++i) question += std::to_string(i) + "\n";

@@ -9,7 +9,7 @@
 namespace valku {
 namespace {
 
-/// Runs one function. Its event is destroyed by the thread that saw the last signal, at once.
+// Runs one function. Its event is destroyed by the thread that saw the last signal, at once.
 struct Worker final : Thread {
     explicit Worker(std::function<void()> task) : body(std::move(task)) { start(); }
     ~Worker() override { finished.wait(); }
