@@ -11,14 +11,13 @@ namespace valku {
 
 namespace {
 
-// The flag of the men that move along a step of directionTable.
+// The flag of the pieces that move along a step of directionTable.
 constexpr u8 lineFlag(int step) {
     const int distance = step < 0 ? -step : step;
     return distance == 15 || distance == 17 ? diagonalFlag : straightFlag;
 }
 
-// The first content other than empty on the way from `square` in steps of `step`; off-board cells end every
-// way.
+// The first man on the ray from `square` in steps of `step`, or offBoard.
 [[gnu::always_inline]] inline u8 firstOnRay(const Position& p, int square, int step) {
     do {
         square += step;
@@ -49,8 +48,8 @@ template <Color By>
     return false;
 }
 
-// The cheap per-square facts come first; a ray is walked only where a man of that line stands somewhere on
-// it.
+// The tests that cost one look-up come first; rays are walked only if a piece of that kind stands on a line
+// with the square.
 template <Color By>
 [[gnu::always_inline]] inline bool isAttackedBy(const Position& p, int square) {
     if (pawnAttacksOf<By>(p)[square]) return true;
@@ -144,12 +143,6 @@ template <Color Us>
 
 }  // namespace
 
-bool isAttackedByWhite(int square) {
-    return isAttackedBy<White>(searchPosition, square);
-}
-bool isAttackedByBlack(int square) {
-    return isAttackedBy<Black>(searchPosition, square);
-}
 bool isAttackedByWhite(const Position& position, int square) {
     return isAttackedBy<White>(position, square);
 }

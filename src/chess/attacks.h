@@ -2,41 +2,40 @@
 
 #include "chess/position.h"
 
-// What can be asked of a position without making a move. Without a Position argument searchPosition is meant.
+// Questions about a position that are answered without making a move. Functions without a Position argument
+// are about searchPosition.
 
 namespace valku {
 
-bool isAttackedByWhite(int square);
-bool isAttackedByBlack(int square);
 bool isAttackedByWhite(const Position& position, int square);
 bool isAttackedByBlack(const Position& position, int square);
 
-// Is the king of the side to move attacked?
+// True if the king of the side to move is attacked.
 bool inCheck();
 bool inCheck(const Position& position);
 
-// After a move: does the king of the side that made it stand attacked?
+// After a move: true if the king of the side that made it is attacked, so that the move was not legal.
 bool leftKingInCheck();
 bool leftKingInCheck(const Position& position);
 
-// May this word be played by the side to move? Pins and checks are not looked at; castling words and the null
-// move are refused.
+// True if the side to move can play this move, disregarding pins and checks; for moves from the hash table or
+// from other sources that may not fit the position. False for castling and the null move.
 bool isPseudoLegal(Move move);
 bool isPseudoLegal(const Position& position, Move move);
 
-// Asked before the move is made. Promotions are judged by the pawn; a king gives no direct check; discoveries
-// through an en passant victim are not seen.
+// To be asked before the move is made. A promotion counts as a move of the pawn; a king gives no direct
+// check; checks discovered by the removal of an en passant victim are not seen.
 bool givesDirectCheck(Move move);
 bool givesDiscoveredCheck(Move move);
 
-// Has the current position occurred before within its fifty-move count? One earlier occurrence is enough.
+// True if the position has occurred before since the last capture or pawn move; once is enough.
 bool isRepetition();
 
-// Is a pseudo-legal move legal? Tried on a copy, so that the order of the piece lists stays.
+// True if a pseudo-legal move is legal. It is tried on a copy: the order of the piece lists stays.
 bool isLegal(const Position& position, Move move);
 
-// Moves of the list that do not leave the mover's king attacked. Each is made and unmade on the position,
-// which can change the order of its piece lists.
+// The number of legal moves in a list of pseudo-legal ones. Each is made and unmade on the position, which
+// can change the order of its piece lists.
 i32 countLegalMoves(Position& position, const MoveList& list);
 
 }  // namespace valku

@@ -6,7 +6,7 @@ namespace valku {
 
 namespace {
 
-// The right for a rook on `square`, if there is such a rook on the king's own home rank.
+// Grants the right for a rook on `square`, if there is one and the king is on its home rank.
 template <Color Us>
 void grantRight(Position& p, int square) {
     using S = Side<Us>;
@@ -15,7 +15,7 @@ void grantRight(Position& p, int square) {
     p.state->castlings[square > king ? S::shortRight : S::longRight] = static_cast<u8>(square);
 }
 
-// The nearest rook of the king's rank in the direction of `step`, or the farthest.
+// Grants the right for the nearest rook of the king's rank in the direction of `step`, or for the outermost.
 template <Color Us>
 void grantRightOfRook(Position& p, int step, bool nearest) {
     using S = Side<Us>;
@@ -38,7 +38,7 @@ bool isSoundRight(const Position& p, int right) {
            p.board[rook] == S::rook && (rook > king) == (right == S::shortRight);
 }
 
-// The right for the rook on a corner, beside a king on e1 or e8.
+// Grants the right for the rook in a corner, with a king on e1 or e8.
 template <Color Us>
 void grantCornerRight(Position& p, Square corner) {
     using S = Side<Us>;

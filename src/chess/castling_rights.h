@@ -5,26 +5,28 @@
 
 #include "chess/position.h"
 
-// Who may still castle with which rook, as a set-up position gives it. The rights go into the current
-// record of a position whose men stand; one is granted only for a rook on the king's own home rank.
+// Castling rights of a position that is being set up, in normal chess and in Chess960 (Fischer random chess).
+// All functions work on the current record of a position whose men are placed; a right is granted only for a
+// rook on its king's home rank.
 
 namespace valku {
 
-// The castling field of an ordinary FEN: K, Q, k and q, for the rooks in the corners beside a king on e1 or
-// e8.
+// The castling field of a FEN: K, Q, k and q for the rooks in the corners, with a king on e1 or e8.
 void readNormalCastlings(Position& position, std::string_view field);
 
-// Rook files as letters; the four usual letters stand for the outermost rooks.
+// The castling field of a Shredder-FEN: the files of the rooks as letters. K, Q, k and q are understood too,
+// for the outermost rooks, as in X-FEN (https://www.chessprogramming.org/Forsyth-Edwards_Notation).
 void readShredderCastlings(Position& position, std::string_view field);
 
-// Every right that the men allow: in Chess960 the nearest rook on each side of a king on its home rank,
-// otherwise the rooks in the corners beside a king on e1 or e8.
+// Every right that the placement allows: in Chess960 for the nearest rook on each side of a king on its home
+// rank, otherwise for the rooks in the corners with a king on e1 or e8.
 void deriveCastlings(Position& position, bool isChess960);
 
-// Do the men bear out the rights of the current record: each a rook of the king's own home rank, on its side?
+// True if each right of the current record belongs to a rook on its king's home rank, on the right side of
+// it.
 bool areCastlingsSound(const Position& position);
 
-// The castling field of a FEN: rook files in Chess960, else the four usual letters.
+// The castling field of a FEN: rook files in Chess960, otherwise K, Q, k and q; - without any right.
 std::string castlingField(const Position& position, bool isChess960);
 
 }  // namespace valku

@@ -8,7 +8,7 @@ namespace valku {
 
 enum class BoardFault { none, kings, tooManyMen, pawnRank, check };
 
-// A board on which men are put down one by one, apart from any game, until they make a position.
+// A board that is set up man by man, separate from any game, until it becomes gamePosition.
 class EditedBoard {
   public:
     // The men of a position, in the order of its lists.
@@ -16,12 +16,12 @@ class EditedBoard {
 
     void clear() { men.clear(); }
 
-    // A man that stands on the square already makes way.
+    // Replaces the man on the square, if any.
     void place(u8 code, int square);
 
-    // Makes the men gamePosition, with every castling right that they allow and no game before it. With a
+    // Makes the board gamePosition, with every castling right that it allows and without a history. On a
     // fault gamePosition stays as it is: not exactly one king a side, more men than the lists hold, a pawn on
-    // the first or last rank, or the side not to move in check.
+    // the first or last rank, or the side not to move in check. The engine must be idle.
     BoardFault setUp(Color sideToMove) const;
 
   private:

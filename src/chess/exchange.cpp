@@ -11,13 +11,13 @@ namespace valku {
 
 namespace {
 
-// A king that recaptures stakes more than everything else on the board. In the bounded test it stakes twice
-// that, so that a protected square can never be worth it.
+// The value of a king that captures: more than everything else on the board. In the bounded test it is twice
+// that, so that capturing on a protected square can never pay.
 constexpr i32 kingStake = 30000;
 constexpr i32 kingStakeInBound = 60000;
 constexpr i32 unboundedBelow = -30000;
 
-// Where a side's search for its next attacker goes on: cheapest class first, list order within a class.
+// How far the enumeration of one side's attackers has come: cheapest class first, list order within a class.
 struct AttackerCursor {
     enum Class { Pawns, Knights, Bishops, Rooks, Queens, King, Exhausted };
     int attackerClass = Pawns;
@@ -37,8 +37,8 @@ constexpr i32 noAttacker = -1;
     return true;
 }
 
-// Looks through a list from the cursor on; true with the cursor behind the attacker found. An entry equal to
-// `square` is the man that has captured there already.
+// Searches a list from the cursor on; if true, the cursor is past the attacker that was found. An entry equal
+// to `square` is the piece that has already captured there.
 [[gnu::always_inline]] inline bool findSlider(const u8* list, int square, u8 lineFlags, bool onItsLines,
                                               AttackerCursor& cursor) {
     for (; onItsLines && list[cursor.index] != noSquare; ++cursor.index) {
@@ -52,13 +52,12 @@ constexpr i32 noAttacker = -1;
     return false;
 }
 
-// The value of the next attacker of `square`, with the cursor advanced past it; noAttacker when there is
-// none.
+// The value of the next attacker of `square`, the cursor being advanced past it; noAttacker if there is none.
 template <Color Us>
 i32 nextAttacker(int square, i32 kingValue, AttackerCursor& cursor) {
     const Position& p = searchPosition;
-    // The bitboards still show the lifted mover on its origin: as filters they may let too much through,
-    // never too little.
+    // The bitboards still show the moving man on its origin; as filters they may let too much pass, never too
+    // little.
     const auto onDiagonal = [&] { return (bishopRays[square] & diagonalBBOf<Us>(p)) != 0; };
     const auto onStraight = [&] { return (rookRays[square] & straightBBOf<Us>(p)) != 0; };
     switch (cursor.attackerClass) {
@@ -100,7 +99,7 @@ i32 nextAttacker(int square, i32 kingValue, AttackerCursor& cursor) {
     }
 }
 
-// The best result of the side `Us`, which may stop at `best` or recapture the man worth `onSquare`.
+// The best result for `Us`, which may stop at `best` or recapture the man worth `onSquare`.
 template <Color Us>
 i32 recapture(i32 best, int square, i32 onSquare, AttackerCursor own, AttackerCursor other) {
     const i32 value = nextAttacker<Us>(square, kingStake, own);
@@ -108,8 +107,8 @@ i32 recapture(i32 best, int square, i32 onSquare, AttackerCursor own, AttackerCu
     return std::max(best, -recapture<~Us>(-(best + onSquare), square, value, other, own));
 }
 
-// Takes the first mover off its square for the length of an exchange, so that the men behind it are seen and
-// it is not counted twice; puts everything back exactly, list order included.
+// Takes the moving man off its origin for the duration of an exchange, so that X-ray attackers behind it are
+// found and it is not counted twice. The destructor restores everything exactly, list order included.
 template <Color Us>
 class LiftedMover {
   public:

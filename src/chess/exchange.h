@@ -2,16 +2,18 @@
 
 #include "chess/types.h"
 
-// Exchange sequences on the destination of a move, on searchPosition, which is left exactly as it was.
+// Static exchange evaluation (https://www.chessprogramming.org/Static_Exchange_Evaluation): the captures on
+// the destination square of a move, cheapest attacker first. On searchPosition, which is left exactly as it
+// was; hundredths of a pawn, from the view of the side to move.
 
 namespace valku {
 
-// The material outcome for the side to move, both sides capturing cheapest man first and free to stop. Men
-// behind the first mover are seen through it; batteries behind later capturers are not.
+// The material outcome if both sides may stop whenever that is better. X-ray attackers behind the moving man
+// count; those behind later capturers do not.
 i32 staticExchange(Move move);
 
-// The cheaper question whether staticExchange(move) reaches `threshold`: the result is at least `threshold`
-// exactly then. A result below it estimates the gain.
+// Tests whether staticExchange(move) reaches `threshold`, which is cheaper than the exact value: the result
+// is at least `threshold` exactly then. A result below `threshold` is an estimate of the outcome.
 i32 exchangeBound(Move move, i32 threshold);
 
 }  // namespace valku

@@ -51,7 +51,7 @@ char letterOfCode(u8 code) {
     return '?';
 }
 
-// The fields of a FEN; what the text lacks is empty and counts as "-".
+// The fields of a FEN; missing ones are empty and count as "-".
 struct Fields {
     std::string_view placement, side, castling, enPassant, fiftyMoves;
 
@@ -107,7 +107,7 @@ u8 readFiftyMoves(std::string_view field) {
     return takeNumber<u8>(field, most).value_or(0);
 }
 
-// The men and the side to move. False if the placement is bad or a king is missing.
+// Sets the men and the side to move. False if the placement is bad or a king is missing.
 bool setUpMen(Position& p, const Fields& fields) {
     clearPosition(p);
     if (!fields.areEnough() || !readPlacement(p, fields.placement)) return false;
@@ -202,8 +202,8 @@ void mirrorPosition() {
     const Position source(gamePosition);
     Position& p = gamePosition;
     clearPosition(p);
-    // The lists are filled in the order of the other colour's, so that the mirrored game goes the mirrored
-    // way.
+    // Each list keeps the order of the other color's, so that a search of the mirrored position does the
+    // mirrored work.
     const auto placeList = [&](const u8* list, u8 code) {
         for (; *list != noSquare; ++list) placeMan(p, code, mirrorRank(*list));
     };

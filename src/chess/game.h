@@ -4,11 +4,10 @@
 
 namespace valku {
 
-// Plays a legal move on gamePosition. Games may be of any length: when the stack gets short of room for a
-// search, its oldest records go.
+// Plays a legal move on gamePosition. Games may be of any length: see trimStateStack().
 void playGameMove(Move move);
 
-// Takes the last move back; false if there is none on the stack.
+// Takes the last move back. False if the stack holds none.
 bool takeBackGameMove();
 
 // Keeps the game for the length of a scope in which gamePosition is used for something else, and puts it back

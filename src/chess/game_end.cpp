@@ -15,7 +15,7 @@ bool occurredTwiceBefore(const Position& p) {
     return earlier >= 2;
 }
 
-// The king alone, or with one minor piece at the most.
+// Two kings, with one minor piece at most.
 bool cannotMate(const Position& p) {
     if (p.whiteMen + p.blackMen == 2) return true;
     if (p.whiteMen + p.blackMen != 3) return false;
@@ -25,7 +25,7 @@ bool cannotMate(const Position& p) {
 }  // namespace
 
 GameEnd findGameEnd(bool claim) {
-    Position p(gamePosition);  // a ponder search may be at work on the original
+    Position p(gamePosition);
     if (claim) {
         if (p.state->fiftyMoves >= 100) return GameEnd::fiftyMoves;
         if (occurredTwiceBefore(p)) return GameEnd::repetition;

@@ -6,8 +6,8 @@ namespace valku {
 
 enum class GameEnd { none, fiftyMoves, repetition, insufficientMaterial, whiteMates, blackMates, stalemate };
 
-// Is the game on gamePosition over? With `claim` the draws that have to be claimed are looked at too. Moves
-// are tried on the board, which can change the order of its piece lists.
+// How the game on gamePosition has ended, if it has. With `claim` also by the draws that a player has to
+// claim: fifty moves and threefold repetition. Works on a copy, so that a search may run meanwhile.
 GameEnd findGameEnd(bool claim);
 
 }  // namespace valku

@@ -10,7 +10,7 @@ namespace valku {
 
 namespace {
 
-// The rook's own keys do not change when castling; a constant for each castling stands for it.
+// Castling does not change the keys of the rook; a constant for each castling takes their place.
 constexpr u32 castlingKey(Color us, u32 castling) {
     const u32 whiteKey = castling == shortCastling ? 4 : 8;
     return us == White ? whiteKey : whiteKey * 4;
@@ -59,7 +59,7 @@ template <Color Us, int change>
     attacks[square + up + 1] = static_cast<i8>(attacks[square + up + 1] + change);
 }
 
-// Takes a man of `Us` out of its list, bitboards, counts and material; not off the mailbox.
+// Removes a man of `Us` from its list, bitboards, counts and material; not from the mailbox.
 template <Color Us>
 [[gnu::always_inline]] inline void removeMan(Position& p, u8 code, int square) {
     using S = Side<Us>;
@@ -92,7 +92,7 @@ template <Color Us>
     materialOf<Us>(p) -= pieceValueByCode[code];
 }
 
-// The opposite: the man goes to the end of its list.
+// The opposite: appends the man to its list.
 template <Color Us>
 [[gnu::always_inline]] inline void addMan(Position& p, u8 code, int square) {
     using S = Side<Us>;
@@ -163,7 +163,7 @@ template <Color Us>
     constexpr const u64* pawnKey = pawnKeyOf<Us>();
 
     state.fiftyMoves = 0;
-    // The pawn's key on the destination stays in, also when the pawn promotes.
+    // When the pawn promotes, its key on the destination stays in the position's key all the same.
     changeKey(state, S::pawn, to);
     changeKey(state, S::pawn, from);
     changeKey(state, 1);
@@ -183,7 +183,7 @@ template <Color Us>
     replaceEntry(pawnsOf<Us>(p), from, to);
     const int step = to - from;
     if (step == 2 * S::up) {
-        // The field is set only when an enemy pawn stands ready to capture, legally or not.
+        // The square is set only if an enemy pawn attacks it, whether the capture is legal or not.
         if (p.board[to - 1] == Side<Them>::pawn || p.board[to + 1] == Side<Them>::pawn) {
             state.epField = static_cast<u8>(to - S::up);
         }
@@ -255,7 +255,7 @@ template <Color Us>
             if (castling) castleRook<Us>(p, state, to, castling);
             state.castlings[S::longRight] = noSquare;
             state.castlings[S::shortRight] = noSquare;
-            if (castling) return;  // a Chess960 king may have landed on its own rook: nothing was captured
+            if (castling) return;  // a Chess960 king may move to its own rook's square: that is no capture
         }
     }
 

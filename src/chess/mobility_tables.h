@@ -4,8 +4,8 @@
 
 #include "chess/types.h"
 
-// What a square is worth to a man that reaches it, as the capture generator sums it up. Given for White with
-// rank 8 on top; Black reads the vertical mirror.
+// Mobility weights: the value of each square that a piece can reach, in hundredths of a pawn, which
+// generateCaptures() sums up. Given for White with rank 8 on top; mirrored for Black.
 
 namespace valku {
 

@@ -40,8 +40,8 @@ constexpr bool mayDoubleStep(int from) {
     return Us == White ? from < 24 : from >= 96;
 }
 
-// Collects captures whose victim reaches the threshold, and sums up the mobility on the way: the scan over
-// the rays is needed anyway.
+// Collects captures whose victim reaches the threshold, and sums up the mobility of the pieces, since it
+// walks the rays anyway.
 template <Color Us>
 struct CaptureScan {
     using S = Side<Us>;
@@ -164,7 +164,7 @@ template <Color Us>
     return scan.highestLeftOut;
 }
 
-// The two generators of plain piece moves differ only in what ends a ray and what may be entered.
+// Piece moves for the two generators, which differ only in the squares that a piece may go to.
 template <Color Us, bool withCaptures>
 struct PieceMoves {
     const Position& p;
@@ -209,7 +209,7 @@ template <Color Us>
     return Us == White ? isAttackedByBlack(p, square) : isAttackedByWhite(p, square);
 }
 
-// The king's path to the castling square, `castlingRook` being allowed to stand in it.
+// True if the king's path is empty, except for the castling rook, and not attacked.
 template <Color Us>
 bool kingPathIsFree(const Position& p, int firstSquare, int lastOfPath, int step, int castlingRook) {
     for (int square = firstSquare; (lastOfPath - square) * step >= 0; square += step) {

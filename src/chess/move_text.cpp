@@ -22,7 +22,7 @@ constexpr PromotionLetter promotionLetters[] = {
     {'Q', WhiteQueen, BlackQueen},
 };
 
-// 0 for what is no piece to promote to.
+// 0 if `promotion` is no piece.
 char promotionLetter(u8 promotion) {
     for (const PromotionLetter& row : promotionLetters) {
         if (row.white == promotion || row.black == promotion) return row.letter;
@@ -55,8 +55,8 @@ bool isNormalCastling(const Position& p, int from, int to) {
     return from == S::square(E1) && kingOf<Us>(p) == from && (to == S::square(G1) || to == S::square(C1));
 }
 
-// The rook moves over the king: the rook's own square as origin, a square of its rank behind the king as
-// destination.
+// Castling given as a rook move over the king: origin is the rook's square, destination a square of its rank
+// beyond the king.
 template <Color Us>
 u32 rookJumpsKing(const Position& p, int from, int to) {
     using S = Side<Us>;

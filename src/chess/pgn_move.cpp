@@ -43,7 +43,7 @@ constexpr int squareOf(char file, char rank) {
     return makeSquare(file - 'a', rank - '1');
 }
 
-// What may stand behind a move: signs of check and mate, and glyphs.
+// What may follow a move: signs of check and mate, and annotation glyphs.
 constexpr bool isMark(char c) {
     return c == '+' || c == '#' || c == '!' || c == '?';
 }
@@ -55,7 +55,7 @@ constexpr bool onlyMarks(std::string_view text) {
     return true;
 }
 
-// Past the end of a text stands a character that is part of no move.
+// Past the end of the text a character that is part of no move.
 constexpr char charAt(std::string_view text, std::size_t index) {
     return index < text.size() ? text[index] : '\0';
 }
@@ -78,8 +78,8 @@ constexpr u8 manOfLetter(char letter) {
     }
 }
 
-// Does a pseudo-legal move leave the king safe? Most moves need not be made to know it: unless the king
-// stands in check, only a move of its own, an en passant capture and a man on a line with it can expose it.
+// True if a pseudo-legal move is legal. Most moves need not be made for that: unless the king is in check,
+// only a move of its own, an en passant capture and a move of a man on a line with it can expose it.
 template <Color Us>
 bool leavesKingSafe(Move move) {
     Position& p = gamePosition;
@@ -149,7 +149,7 @@ Reading readPawnMove(std::string_view text) {
     return found(isLegalMove<Us>(move) ? move : nullMove);
 }
 
-// The first man of a list on that file and rank, each -1 if any will do, that can go to the square.
+// The legal move to the square of the first piece in a list on that file and rank; -1 stands for any.
 template <Color Us>
 Move firstLegalMove(const u8* list, int file, int rank, int to) {
     for (; *list != noSquare; ++list) {

@@ -112,6 +112,29 @@ void computeMaterialOf(Position& position) {
         queenCountOf<Us>(position) * queenValue;
 }
 
+void computeHash(Position& position) {
+    u32 low = epKey[position.state->epField];
+    u32 high = low;
+    for (int square = A1; square <= H8; ++square) {
+        if (!(position.board[square] & manFlag)) continue;
+        low ^= pieceKeyLow[position.board[square]][square];
+        high ^= pieceKeyHigh[position.board[square]][square];
+    }
+    if (position.sideToMove == Black) {
+        low ^= 1;
+        high ^= 1;
+    }
+    position.state->hashLow = low;
+    position.state->hashHigh = high;
+}
+
+void computePawnHash(Position& position) {
+    u64 key = 0;
+    for (int i = 0; i < position.whitePawnCount; ++i) key ^= whitePawnKey[position.whitePawns[i]];
+    for (int i = 0; i < position.blackPawnCount; ++i) key ^= blackPawnKey[position.blackPawns[i]];
+    position.state->pawnHash = key;
+}
+
 }  // namespace
 
 Position::Position(const Position& source) {
@@ -145,29 +168,6 @@ void clearPosition(Position& position) {
 bool placeMan(Position& position, u8 code, int square) {
     return isManOf(White, code) ? placeManOf<White>(position, code, square)
                                 : placeManOf<Black>(position, code, square);
-}
-
-void computeHash(Position& position) {
-    u32 low = epKey[position.state->epField];
-    u32 high = low;
-    for (int square = A1; square <= H8; ++square) {
-        if (!(position.board[square] & manFlag)) continue;
-        low ^= pieceKeyLow[position.board[square]][square];
-        high ^= pieceKeyHigh[position.board[square]][square];
-    }
-    if (position.sideToMove == Black) {
-        low ^= 1;
-        high ^= 1;
-    }
-    position.state->hashLow = low;
-    position.state->hashHigh = high;
-}
-
-void computePawnHash(Position& position) {
-    u64 key = 0;
-    for (int i = 0; i < position.whitePawnCount; ++i) key ^= whitePawnKey[position.whitePawns[i]];
-    for (int i = 0; i < position.blackPawnCount; ++i) key ^= blackPawnKey[position.blackPawns[i]];
-    position.state->pawnHash = key;
 }
 
 void computePawnAttacks(Position& position) {

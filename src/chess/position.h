@@ -2,27 +2,27 @@
 
 #include "chess/types.h"
 
-// The record of a whole position with the history that leads to it, and the two instances of a process.
+// A whole position with the history that leads to it, and the two instances that a process works on.
 
 namespace valku {
 
-// What is known of one position of the stack. `captured` and `move` are written when a move leaves the
-// record.
+// What making a move cannot undo by itself, one record for each position of the history. `captured` and
+// `move` describe the move that was made in this position.
 struct StateRecord {
     u32 hashLow;   // indexes the transposition table
     u32 hashHigh;  // the check word of the transposition table
     u64 pawnHash;
-    u8 castlings[4];  // squares of the rooks that may still castle; indexed by CastlingRight, 127 when gone
-    u8 epField;       // 123 when there is none
+    u8 castlings[4];  // squares of the rooks that may still castle, by CastlingRight; noSquare if lost
+    u8 epField;       // noEpField if there is none
     u8 fiftyMoves;    // plies since the last capture or pawn move
-    u8 captured;      // board content of the destination; 3 also for en passant and a null move
+    u8 captured;      // board content of the destination; empty for en passant and a null move too
     Move move;        // 0 for a null move
 };
 
 enum CastlingRight { whiteLong = 0, whiteShort = 1, blackLong = 2, blackShort = 3 };
 
-// One cell per 0x88 square with margins wide enough that `square + step` can be read for every square of the
-// board and every step up to a knight's.
+// One cell for each 0x88 square, with margins wide enough that `square + step` can be read for every square
+// of the board and every step up to a knight's.
 template <class T>
 struct PaddedSquares {
     static constexpr int lowerMargin = 33;
@@ -36,9 +36,9 @@ struct PaddedSquares {
 
 constexpr int stateStackSize = 513;
 
-// Mailbox, piece lists, counters and a few bitboards, all kept in step by every move. The bitboards are
-// filters for the attack tests; bit rank * 8 + file. A piece list is unordered and closed by 127: a removal
-// moves the last entry into the hole, so the order of a list depends on the road to the position.
+// Mailbox, piece lists, counters and a few bitboards, all updated incrementally by every move. The bitboards
+// are filters for the attack tests; bit rank * 8 + file. A piece list is unordered and ends with noSquare: a
+// removal moves the last entry into the gap, so the order of a list depends on the moves that led here.
 struct Position {
     PaddedSquares<u8> board;
     u64 whiteKnightsBB, blackKnightsBB;
@@ -69,44 +69,45 @@ struct Position {
     Position& operator=(const Position& source);
 };
 
-// The real game: front-ends, book and set-up commands work on it.
+// The game that is being played: front-ends, book and set-up commands work on it. Written by the thread that
+// reads the commands and, for the moves of a search, by the thread that thinks; search control keeps the two
+// apart.
 extern Position gamePosition;
 
-// The position of the running search. A global, so that the hot routines address its fields as constants.
+// The position of the running search. Only the thread that searches uses it; while no search runs, the thread
+// that reads the commands. A global, so that the hot functions address its fields by constants.
 extern Position searchPosition;
 
-// An empty board: lists closed, counts 0, kings on 127, the first record current and without rights. Keys and
-// attack counters are left to the compute routines below.
+// An empty board: empty lists, counts 0, kings on noSquare, the first record current and without castling
+// rights. Keys, attack counters and bitboards are left to computeDerived().
 void clearPosition(Position& position);
 
-// Puts a man on an empty square: mailbox, list, counts, material, king square and pawns per file; nothing
-// else. False, with the position unchanged, if the list of that man is full, the side has 16 men, or a second
-// king is placed.
+// Puts a man on an empty square: mailbox, list, counts, material, king square and pawns per file; keys,
+// attack counters and bitboards are left alone. False, with the position unchanged, if the list of that man
+// is full, the side has 16 men, or a second king is placed.
 bool placeMan(Position& position, u8 code, int square);
 
-// The keys of the placement as it stands, into the current record. A key that was carried through promotions
-// or castling differs from the one computed here.
-void computeHash(Position& position);
-void computePawnHash(Position& position);
-
+// Recomputes the attack counters and the bitboards from the piece lists.
 void computePawnAttacks(Position& position);
 void computeBitboards(Position& position);
 
-// All four of them, for a board that has been set up man by man.
+// The same, and the keys of the placement into the current record, for a board that has been set up man by
+// man. Keys that were updated through a promotion or castling differ from these: see makeMove().
 void computeDerived(Position& position);
 
-// The material sums under the current piece values; needed when a value setting has changed.
+// Recomputes the material sums after a change of the piece values.
 void computeMaterial(Position& position);
 
-// A bytewise copy with the state pointer moved to the destination's own stack.
+// A bytewise copy, with the state pointer set to the same record of the destination's own stack.
 void copyPosition(Position& destination, const Position& source);
 
-// Game moves of gamePosition that no longer stand on its stack.
+// Moves of the game that are no longer on the stack of gamePosition; see trimStateStack(). Written by the
+// threads that write gamePosition.
 extern int droppedGameMoves;
 
-// Makes room on the stack for a whole search below the current record: when the game has grown so long that a
-// search could run off the stack, the oldest records are dropped. The records that a repetition can still
-// reach are kept. Returns how many were dropped.
+// Makes room on the stack for a whole search: when the game has grown so long that a search could overflow
+// the stack, the oldest records are dropped, except those that a repetition can still reach. Returns how many
+// were dropped.
 int trimStateStack(Position& position);
 
 // Plies between the first record of the stack and the current one.

@@ -28,7 +28,7 @@ struct Generator {
         last = shuffle[0];
     }
 
-    // Schrage's method keeps the product within 32 bits.
+    // Schrage's method: the product modulo `modulus` without leaving 32 bits.
     i32 step() {
         const i32 quotient = seed / schrageQuotient;
         seed = multiplier * (seed - quotient * schrageQuotient) - schrageRest * quotient;

@@ -2,18 +2,18 @@
 
 #include "chess/position.h"
 
-// The two colours' names for the same things, so that a rule can be written once for both.
+// What White and Black call the same thing, so that a rule can be written once, as a template on the color.
 
 namespace valku {
 
-// Constants of a colour. `up` is a pawn's step; ranks are told from the own side, 0 to 7.
+// Constants of a color. `up` is a pawn's step; relative ranks count from the own side, 0 to 7.
 template <Color Us>
 struct Side {
     static constexpr Color Them = ~Us;
     static constexpr int up = Us == White ? 16 : -16;
     static constexpr u8 flag = Us == White ? whiteFlag : blackFlag;
-    static constexpr u8 enemyOrEmpty =
-        Us == White ? blackFlag : whiteFlag;  // bit test: may our man go there?
+    // The flag that empty squares and enemy men share: our men may go there.
+    static constexpr u8 enemyOrEmpty = Us == White ? blackFlag : whiteFlag;
 
     static constexpr u8 pawn = Us == White ? WhitePawn : BlackPawn;
     static constexpr u8 knight = Us == White ? WhiteKnight : BlackKnight;
@@ -25,7 +25,7 @@ struct Side {
     static constexpr int longRight = Us == White ? whiteLong : blackLong;
     static constexpr int shortRight = Us == White ? whiteShort : blackShort;
 
-    // The square that White's `square` is for this colour.
+    // White's square as this color sees it: mirrored for Black.
     static constexpr int square(int whiteSquare) {
         return Us == White ? whiteSquare : mirrorRank(whiteSquare);
     }

@@ -2,8 +2,8 @@
 
 #include "chess/side.h"
 
-// The directions of the men in the order in which the generators try them. The order fixes the sequence of
-// moves in a list, and with it the search.
+// The steps of the pieces as differences of squares, in the order in which the generators try them. The order
+// fixes the sequence of moves in a list, and with it the search.
 
 namespace valku {
 

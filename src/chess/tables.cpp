@@ -36,7 +36,8 @@ void initSquareMasks() {
     }
 }
 
-// Walks a 10-wide mailbox. The draws for its border cells are part of the stream.
+// The numbers for the border cells of a 10x12 mailbox are generated too and dropped: the key of a square is
+// its place in the sequence.
 void initKeys() {
     for (int code = 0; code < 256; ++code) {
         for (int cell = 21; cell <= 98; ++cell) {

@@ -2,11 +2,13 @@
 
 #include "platform/integers.h"
 
-// Squares, piece codes and the move word: the vocabulary of the chess core.
+// Squares, piece codes and the move word. The board is a 0x88 mailbox: square numbers leave a gap of eight
+// files beside the board, so that one AND tells whether a square is on it, and the difference of two squares
+// determines their distance in files and ranks (https://www.chessprogramming.org/0x88).
 
 namespace valku {
 
-// The value of Position::sideToMove, and the parameter of every rule that the two colours share.
+// The value of Position::sideToMove, and the template parameter of every rule that both colors share.
 enum Color : u8 { Black = 0, White = 1 };
 
 constexpr Color operator~(Color color) {
@@ -14,7 +16,7 @@ constexpr Color operator~(Color color) {
 }
 
 // A square is rank * 16 + file. It is on the board when (square & 0x88) == 0.
-constexpr int noSquare = 127;  // closes a piece list; a castling right that is gone; a king not placed yet
+constexpr int noSquare = 127;  // ends a piece list; a lost castling right; a king that is not placed yet
 constexpr int noEpField = 123;
 constexpr int lastSquare = 119;
 
@@ -39,7 +41,7 @@ constexpr bool isDarkSquare(int square) {
     return ((rankOf(square) + fileOf(square)) & 1) == 0;
 }
 
-// The larger of rank and file distance: king moves from a to b.
+// The larger of rank and file distance (Chebyshev distance): king moves from a to b.
 constexpr int kingDistance(int a, int b) {
     const int files = fileOf(a) > fileOf(b) ? fileOf(a) - fileOf(b) : fileOf(b) - fileOf(a);
     const int ranks = rankOf(a) > rankOf(b) ? rankOf(a) - rankOf(b) : rankOf(b) - rankOf(a);
@@ -59,8 +61,9 @@ enum Square : int {
 };
 // clang-format on
 
-// Piece codes are flag bits. The empty code carries both colour bits, so that one test tells the generators
-// whether a man may go to a square; off the board every flag is clear.
+// Piece codes are sets of flags. The empty code carries both color flags, so that one test tells the move
+// generators whether a man may go to a square; off the board every flag is clear. Man means any piece or
+// pawn.
 constexpr u8 whiteFlag = 0x01;
 constexpr u8 blackFlag = 0x02;
 constexpr u8 pawnFlag = 0x04;
@@ -92,19 +95,19 @@ constexpr u8 colorFlag(Color color) {
     return color == White ? whiteFlag : blackFlag;
 }
 
-// True for a man of that colour; false for an empty square and off the board.
+// True for a man of that color; false for an empty square and off the board.
 constexpr bool isManOf(Color color, u8 code) {
     const u8 mask = static_cast<u8>(manFlag | colorFlag(color));
     return (code & mask) == mask;
 }
 
-// The same man of the other colour.
+// The same man of the other color.
 constexpr u8 otherColor(u8 code) {
     return static_cast<u8>(code ^ (whiteFlag | blackFlag));
 }
 
-// A move word: bits 0-7 destination, 8-15 origin, 16-23 promotion piece code, 24-31 castling mark. 0 is the
-// null move. An en passant capture has no mark: it is a pawn move to the en passant field.
+// A move word: bits 0-7 destination, 8-15 origin, 16-23 code of the promoted piece, 24-31 castling mark. 0 is
+// the null move. An en passant capture has no mark: it is a pawn move to the en passant square.
 using Move = u32;
 
 constexpr Move nullMove = 0;
@@ -129,10 +132,11 @@ constexpr Move makeMoveWord(int from, int to, u8 promotion = 0, u32 castling = n
            castling << 24;
 }
 
-// No position with at most 16 men a side and 9 queens has as many pseudo-legal moves.
+// More than any position with at most 16 men and 9 queens a side has pseudo-legal moves.
 constexpr int maxMoves = 256;
 
-// The moves of a node; the first `count` entries are valid. `scores` belongs to whoever orders the list.
+// The moves of a node; the first `count` entries are valid. `mobility` is set by the generators, `scores` by
+// the move ordering.
 struct MoveList {
     i32 count;
     i32 mobility;

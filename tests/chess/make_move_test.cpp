@@ -85,7 +85,7 @@ TEST(NullMove, PassesAndComesBack) {
     EXPECT_EQ(writeFen(searchPosition), "4k3/8/8/8/3pP3/8/8/4K2R w K - 8 1");
     EXPECT_EQ(searchPosition.state[-1].captured, empty);
     Position placed(searchPosition);
-    computeHash(placed);
+    computeDerived(placed);
     EXPECT_EQ(searchPosition.state->hashLow, placed.state->hashLow);
     EXPECT_EQ(searchPosition.state->hashHigh, placed.state->hashHigh);
     makeNullMove();
