@@ -9,21 +9,21 @@
 #include "eval/passed_pawns.h"
 #include "eval/weights.h"
 
-// What a sum of terms gets wrong in endgames: pawn races, balances that cannot be won, scores that shrink
-// with the material. The functions take and give the score from White's view, unless they say otherwise.
+// Corrections of endgame scores: pawn races, material that cannot be won, scaling by the kind of material.
+// Scores are hundredths of a pawn from White's view unless a function says otherwise.
 
 namespace valku {
 
 constexpr i32 wonRace = 500;
 constexpr i32 narrowRace = 100;
-constexpr i32 rookPawnDraw = 10;  // a draw that still tells who has the pawn
+constexpr i32 rookPawnDraw = 10;  // a draw, but better to have the pawn
 
-// Moves `score` towards 0 by `amount`, not beyond.
+// Moves `score` towards 0 by `amount`, but not past it.
 inline i32 shrink(i32 score, i32 amount) {
     return score > 0 ? std::max(score - amount, 0) : std::min(score + amount, 0);
 }
 
-// A pawn that queens first wins, if not only by a tempo. The terms are from the view of Us, who is to move.
+// The side whose pawn queens first wins, unless by one move only. From the view of Us, the side to move.
 template <Color Us>
 [[gnu::always_inline]] inline i32 raceTerm(const EvalContext& context) {
     const int ours = context.race[Us];
@@ -34,12 +34,11 @@ template <Color Us>
     return ours == theirs ? -narrowRace : -wonRace;
 }
 
-// Pawn endings are raised, drawish kinds of material are lowered, and so is play with pawns on few files
-// only.
+// Raises pawn endings; lowers rook endings, queen endings, opposite-colored bishops, and pawns on few files.
 inline i32 scaleByMaterial(const EvalContext& context, i32 score, int pieces) {
     const Position& position = searchPosition;
     if (pieces == 0) {
-        // Three tenths.
+        // Plus 30 per cent.
         const i64 raise = static_cast<i64>(score) * 314573 / (1 << 20);
         score += static_cast<i32>(std::clamp<i64>(raise, -50, 50));
     } else {
@@ -54,9 +53,10 @@ inline i32 scaleByMaterial(const EvalContext& context, i32 score, int pieces) {
     return score;
 }
 
-// All pawns of Us on the rook file that ends in `corner`, and the enemy king nearer to it than ours and than
-// the pawns: no pawn queens, and a bishop that does not cover the corner is no help. Is the case decided?
-// Then `score`, from the view of Us, has its final value.
+// The wrong rook pawn (https://www.chessprogramming.org/Wrong_Color_Bishop): all pawns of Us are on the rook
+// file that ends in `corner`, and the enemy king is nearer to it than our king and than the pawns. A draw
+// with pawns alone or with a bishop that does not cover the corner; then `score`, from the view of Us, is
+// set. True if pawns and kings are placed like that, whatever pieces Us has.
 template <Color Us>
 [[gnu::always_inline]] inline bool isRookPawnEnding(const EvalContext& context, int corner, i32& score) {
     constexpr Color Them = ~Us;
@@ -75,7 +75,7 @@ template <Color Us>
     return true;
 }
 
-// Balances that Us, who stands ahead, cannot win or hardly so. Takes and gives the score from the view of Us.
+// Material with which Us, whose score is positive, cannot win or hardly so. Scores are from the view of Us.
 template <Color Us>
 [[gnu::always_inline]] inline i32 capByMaterial(const EvalContext& context, i32 score) {
     constexpr Color Them = ~Us;
@@ -95,7 +95,7 @@ template <Color Us>
         minorValue;
     if (pawnCountOf<Us>(position) == 0 && smallLead) {
         score /= 8;
-        // White is content with that; Black is asked the rest too.
+        // The rules below follow for Black only.
         if constexpr (Us == White) return score;
     }
     if (men == 3 && knightCountOf<Us>(position) == 2) return 0;
@@ -105,7 +105,8 @@ template <Color Us>
     return score;
 }
 
-// The end of every endgame evaluation. `pieces` are the knights, bishops, rooks and queens on the board.
+// The last step of an endgame evaluation. `pieces` is the number of knights, bishops, rooks and queens on the
+// board.
 inline i32 applyEndgameRules(const EvalContext& context, i32 score, int pieces) {
     const Position& position = searchPosition;
     score += position.sideToMove == White ? raceTerm<White>(context) : -raceTerm<Black>(context);

@@ -6,7 +6,7 @@
 #include "chess/types.h"
 #include "eval/pawn_structure.h"
 
-// What the terms of one evaluation tell each other.
+// What the terms of one evaluation share.
 
 namespace valku {
 
@@ -14,7 +14,7 @@ inline bool stands(u8 man, int square) {
     return searchPosition.board[square] == man;
 }
 
-// The two dearest threats against the men of a side. One can be answered, so the second is the one that
+// The two largest threats against the men of a side. The side can parry one of them, so the second one
 // counts.
 class ThreatList {
   public:
@@ -27,7 +27,7 @@ class ThreatList {
         }
     }
 
-    // Half of what the second threat would win; 0 without one.
+    // Half of what the second largest threat would win; 0 if there is only one.
     i32 unanswered() const { return second_ == none ? 0 : second_ / 2; }
 
   private:
@@ -37,16 +37,16 @@ class ThreatList {
     i32 second_ = none;
 };
 
-// Moves that a pawn race would take if the side has no pawn that wins one.
+// EvalContext::race of a side without a pawn that the enemy king cannot catch.
 constexpr i32 noRace = 122;
 
 // The arrays of two are indexed by Color.
 struct EvalContext {
     const PawnEntry& pawns;
-    ThreatList threatened[2] = {};  // against the men of that colour
-    i32 attackOnKing[2] = {0, 0};   // points of the attack on that colour's king
-    i32 race[2] = {noRace, noRace};
-    i8 minorsOnFile[8] = {};  // knights and bishops of both colours
+    ThreatList threatened[2] = {};   // threats against the men of that color
+    i32 attackOnKing[2] = {0, 0};    // attack units against that color's king
+    i32 race[2] = {noRace, noRace};  // moves until the fastest pawn queens that the enemy king cannot catch
+    i8 minorsOnFile[8] = {};         // knights and bishops of both colors
 };
 
 }  // namespace valku

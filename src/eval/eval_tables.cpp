@@ -9,7 +9,7 @@ namespace valku {
 
 namespace {
 
-// Diagrams are drawn as the board is seen by White: a8 first, h1 last.
+// Diagrams show the board as White sees it: a8 first, h1 last.
 constexpr SideTable<i8> fromDiagram(const i8 (&diagram)[64]) {
     SideTable<i8> table{};
     for (int rank = 0; rank < 8; ++rank) {
@@ -23,7 +23,7 @@ constexpr SideTable<i8> fromDiagram(const i8 (&diagram)[64]) {
     return table;
 }
 
-// Grids are given by distance: a row for each rank, a column for each file, from 0 to 4.
+// Grids give values by distance: a row for each rank, a column for each file, from 0 to 4.
 constexpr ByDifference fromGrid(const i8 (&grid)[5][5]) {
     ByDifference table{};
     for (int ranks = -4; ranks <= 4; ++ranks) {
@@ -35,10 +35,9 @@ constexpr ByDifference fromGrid(const i8 (&grid)[5][5]) {
     return table;
 }
 
-// The length of a diagonal walk that starts `ranks` and `files` away from its target and goes a rank down and
-// a file in the direction of `fileStep` with each step. It stops one file past the target. A walk that would
-// reach the target's rank more than a file short of the target, or more than three past it, is not worth
-// taking.
+// The length of a diagonal ray that starts `ranks` and `files` away from its target and goes a rank down and
+// a file in the direction of `fileStep` with each step. It ends one file past the target. A ray that reaches
+// the target's rank more than one file short of the target, or more than three past it, has length 0.
 constexpr int rayLength(int ranks, int files, int fileStep) {
     const int past = (files + ranks * fileStep) * fileStep;  // how far past the target's file on its rank
     if (ranks <= 0 || past < -1 || past > 3) return 0;
@@ -196,7 +195,7 @@ i32 kingAttackTable[kingAttackTableSize];
 i32 kingSupportTable[8][4];
 
 void updateKingAttackTable() {
-    // Far above the value of all men, and sums of a few such costs stay inside 32 bits.
+    // Far above the value of all men, but sums of a few such costs stay inside 32 bits.
     constexpr double largestAttackCost = 10'000'000;
     for (int count = 0; count < kingAttackTableSize; ++count) {
         const double cost = std::pow(count, 2.1) * 0.5 + 2 * count;

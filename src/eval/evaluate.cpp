@@ -11,9 +11,10 @@
 #include "eval/pieces.h"
 #include "eval/weights.h"
 
-// Every term is one template on the colour, from whose view it is told. This is the hottest routine of the
-// engine: nearly all of it is inlined here. The few loops that stand in several places are functions of their
-// own, which measures faster than their copies.
+// Every term is a template on the color from whose view it is. Middlegame and endgame have separate terms;
+// the score is one or the other, not interpolated between the two. This is the hottest function of the
+// engine, so nearly everything is inlined into it; the few loops that are used in several places are
+// functions of their own, which is faster than copies of them.
 
 namespace valku {
 

@@ -4,11 +4,12 @@
 
 namespace valku {
 
-// White's mobility less Black's, which the capture generator measures. The caller of evaluate() sets it.
+// White's mobility minus Black's, as the capture generator measures it. Set by the caller of evaluate(), on
+// the same thread.
 extern i32 mobilityBalance;
 
-// The static value of searchPosition in hundredths of a pawn, from White's view. Writes nothing but the pawn
-// table. One thread at a time.
+// The static evaluation of searchPosition in hundredths of a pawn, from White's view. Writes only the pawn
+// hash table. One thread at a time.
 i32 evaluate();
 
 }  // namespace valku

@@ -9,7 +9,8 @@ namespace valku {
 
 constexpr i32 queenShare = 500;
 
-// More material on the board than `limit`, less queenShare for each queen; hundredths of a pawn.
+// True if there is more material on the board, in hundredths of a pawn, than `limit` less queenShare for each
+// queen.
 [[gnu::always_inline]] inline bool isMiddlegame(const Position& position, i32 limit = endgameMaterial) {
     return position.whiteMaterial + position.blackMaterial >
            limit - queenShare * (position.whiteQueenCount + position.blackQueenCount);

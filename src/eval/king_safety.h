@@ -8,13 +8,14 @@
 #include "eval/eval_tables.h"
 #include "eval/weights.h"
 
-// King safety, in the middlegame only: points for the men that stand towards a king, mapped through
-// kingAttackTable, and the shelter and storm of the pawns. Points are no hundredths of a pawn.
+// King safety, in the middlegame only: attack units for the pieces near a king or aimed at it, converted to a
+// score by kingAttackTable (https://www.chessprogramming.org/King_Safety), pawn shelter and pawn storm.
+// Points are attack units, not hundredths of a pawn.
 
 namespace valku {
 
 constexpr i32 noQueenRelief = 3;  // points off an attack without a queen
-constexpr i32 queenPawnHook = 3;  // the queen has a pawn on the sixth rank before the king, as it sees it
+constexpr i32 queenPawnHook = 3;  // the queen's side has a pawn on f6 or c6 before the king, or f3 or c3
 constexpr i32 diagonalWeight = 3;
 constexpr i32 shelterUnit = 4;  // hundredths of a pawn for each point of the pawn entry's shelter
 
@@ -22,8 +23,8 @@ inline int fileDistance(int a, int b) {
     return std::abs(fileOf(a) - fileOf(b));
 }
 
-// Follows a bishop's diagonal towards the enemy king and sums the weight for each square near the king that
-// no pawn guards. Men on the way take from the weight; a queen of the same side adds to it.
+// Follows a bishop's diagonal towards the enemy king and adds the weight for each square near the king that
+// no pawn guards. Men on the diagonal reduce the weight; a queen of the same side increases it.
 template <Color Attacker>
 [[gnu::noinline]] inline i32 diagonalAttack(int bishop, int king, int step, int length) {
     constexpr Color Defender = ~Attacker;
@@ -64,7 +65,7 @@ template <Color Attacker>
 [[gnu::always_inline]] inline i32 bishopAttack(int bishop, int king) {
     constexpr int forward = Side<Attacker>::up;
     const int difference = Attacker == Black ? bishop - king : king - bishop;
-    // Seen from the upper of the two squares the walk of a white bishop to the east leads west.
+    // The tables are for rays down the board: the ray of a white bishop to the east, reversed, leads west.
     const int eastLength = Attacker == Black ? rayLengthEast[difference] : rayLengthWest[difference];
     const int westLength = Attacker == Black ? rayLengthWest[difference] : rayLengthEast[difference];
     const int file = fileOf(bishop);
@@ -72,8 +73,9 @@ template <Color Attacker>
            diagonalAttack<Attacker>(bishop, king, forward - 1, std::min(file, westLength));
 }
 
-// A rook or queen on a file at the enemy king. Open before it: points by how little the defender's pawn and
-// minor pieces stand in the way. Behind an own pawn: points if that pawn can open the file by an exchange.
+// A rook or queen on a file near the enemy king. Without an own pawn ahead: points for the file, fewer for
+// minor pieces on it and for a pawn of the defender that is guarded or advanced. Behind an own pawn: points
+// if that pawn is a lever, which can open the file by an exchange.
 template <Color Attacker>
 [[gnu::noinline]] inline i32 fileAttack(const EvalContext& context, int square) {
     constexpr Color Defender = ~Attacker;
@@ -115,7 +117,7 @@ template <Color Attacker>
     return points;
 }
 
-// All men of Attacker: what they do to the enemy king and, as defenders, for their own.
+// Adds the attack units of Attacker's pieces against the enemy king, and as defenders of their own.
 template <Color Attacker>
 [[gnu::always_inline]] inline void countKingAttack(EvalContext& context) {
     constexpr Color Defender = ~Attacker;
@@ -145,15 +147,15 @@ template <Color Attacker>
     context.attackOnKing[Attacker] += defence;
 }
 
-// What the attack on the king of Us costs, a negative term. Both sides have been counted.
+// The cost of the attack on the king of Us, negative. To be called after countKingAttack() of both sides.
 template <Color Us>
 [[gnu::always_inline]] inline i32 kingAttackTerm(const EvalContext& context) {
     const i32 attack = context.attackOnKing[Us];
     return attack > 0 ? -kingAttackTable[std::min(attack, kingAttackTableSize - 1)] : 0;
 }
 
-// Own pawns before the king, and the enemy's pawns that come to open its files. These come heavier if the
-// enemy king stands on the other wing, or if the enemy's pawn chain points at our king.
+// Pawn shelter of the king of Us, and the enemy's pawn storm. The storm weighs more if the enemy king is on
+// the other wing or if the enemy's pawn chain points at our king.
 template <Color Us>
 [[gnu::always_inline]] inline i32 kingPawnTerm(const EvalContext& context) {
     constexpr Color Them = ~Us;

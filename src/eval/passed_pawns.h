@@ -7,23 +7,23 @@
 #include "eval/eval_context.h"
 #include "eval/eval_tables.h"
 
-// Passed pawns from the fourth rank on. Terms are hundredths of a pawn from the view of Us; ranks are the own
-// side's.
+// Passed pawns from the fourth rank on. Terms are hundredths of a pawn from the view of Us; ranks are
+// relative.
 
 namespace valku {
 
-constexpr i32 fullPasser = 128;  // a pawn that nothing hinders
-constexpr i32 mostBlock = 85;    // the most that can be taken from it
+constexpr i32 fullPasser = 128;  // a pawn that nothing blocks
+constexpr i32 mostBlock = 85;    // the most that blocking takes away
 constexpr i32 rookBehindPasser = 8;
 constexpr i32 passersAgainstRooks = 200;
 
-// Has Us nothing but king and pawns?
+// True if Us has only king and pawns.
 template <Color Us>
 [[gnu::always_inline]] inline bool hasOnlyPawns() {
     return menOf<Us>(searchPosition) == pawnCountOf<Us>(searchPosition) + 1;
 }
 
-// The part of a passed pawn that the enemy king takes away, in 128ths: none from behind.
+// The part of a passed pawn's value that the enemy king takes away, in 128ths; none from behind the pawn.
 [[gnu::always_inline]] inline i32 kingBlock(int rank, int kingRank, int fileDistance) {
     if (kingRank < rank) return 0;
     return passerKingBlock[(kingRank == rank ? 7 : 0) + 7 * fileDistance + 7 - rank];
@@ -72,7 +72,7 @@ template <Color Us>
         score += connectedPasserValue[rank];
     }
 
-    // A bare enemy king must catch the pawn alone.
+    // Against a king with pawns only: the rule of the square.
     if (hasOnlyPawns<Them>()) {
         const int moves = 7 - rank + ownMenAhead + (position.sideToMove == Them);
         const int reach = std::max(enemyKingFiles, 7 - enemyKingRank);
@@ -81,7 +81,7 @@ template <Color Us>
     return score;
 }
 
-// Also leaves the moves of the fastest pawn that the enemy king cannot catch in context.race.
+// Also sets context.race of Us.
 template <Color Us>
 [[gnu::always_inline]] inline i32 passedPawnTerms(EvalContext& context) {
     const int count = passerCountOf<Us>(context.pawns);
@@ -90,7 +90,7 @@ template <Color Us>
     return score;
 }
 
-// Two connected passed pawns far up win against rooks if the enemy king cannot come in time.
+// Two connected passed pawns far advanced win against rooks if the enemy king comes too late.
 template <Color Us>
 [[gnu::always_inline]] inline i32 connectedPassersTerm(const EvalContext& context) {
     constexpr Color Them = ~Us;

@@ -12,17 +12,17 @@ namespace {
 constexpr i32 pawnFileMiddlegame[8] = {-10, -5, 0, 5, 5, 0, -5, -10};
 constexpr i32 pawnFileEndgame[8] = {6, 3, 0, -3, -3, 0, 3, 6};
 
-constexpr i32 phalanxOnFourth = 9;  // for each pawn with a neighbour beside it
+constexpr i32 phalanxOnFourth = 9;  // for each pawn with a neighbor beside it
 constexpr i32 phalanxBeyond = 15;
-constexpr i32 neighbourGap = 4;  // for each neighbour two or more ranks behind
-constexpr i32 weakness = 4;      // for each weak pawn or hole of the centre
+constexpr i32 neighborGap = 4;  // for each neighbor two or more ranks behind
+constexpr i32 weakness = 4;     // for each weak pawn or hole in the center
 constexpr i32 unadvancedPasser = 15;
 
 constexpr int fileC = 2, fileD = 3, fileE = 4, fileF = 5;
 
-constexpr int rank4 = 3;  // ranks as the side sees them
+constexpr int rank4 = 3;  // a relative rank
 
-// What a pawn on a square adds to the three shelter figures of its king.
+// What a pawn adds to the shelter of its king on the three places.
 struct Shelter {
     int kingside;
     int queenside;
@@ -31,7 +31,7 @@ struct Shelter {
 
 constexpr int bareShelter = -13;
 
-// By rank and file, up to rank 4 from the pawns' side; pawns further on shelter nobody.
+// By relative rank and file, up to rank 4; pawns beyond it are no shelter.
 constexpr Shelter shelterByPawn[4][8] = {
     {},
     {{0, 4, 0}, {0, 5, 0}, {0, 4, 3}, {0, 0, 3}, {0, 0, 3}, {4, 0, 3}, {5, 0, 0}, {4, 0, 0}},
@@ -39,7 +39,7 @@ constexpr Shelter shelterByPawn[4][8] = {
     {{0, 2, 0}, {0, 2, 0}, {0, 2, 2}, {0, 0, 2}, {0, 0, 2}, {2, 0, 2}, {2, 0, 0}, {2, 0, 0}},
 };
 
-// The sums of one colour, good for that colour when positive.
+// The sums of one color, positive if good for it.
 struct PawnScores {
     i32 structure = 0;
     i32 weaknesses = 0;
@@ -47,14 +47,14 @@ struct PawnScores {
     i32 filesEndgame = 0;
 };
 
-// Facts of one colour that only the build needs.
+// Facts about one color that are needed while an entry is computed.
 struct PawnFacts {
-    int foremost[8];  // per file the most advanced pawn; behind the board where there is none
+    int foremost[8];  // per file the most advanced pawn; without one a value behind the own first rank
     int lowestFile = 8;
     int highestFile = -1;
 };
 
-// Central pawns that cannot advance block their bishop for long.
+// Central pawns that cannot advance, which obstruct their own bishop for long.
 template <Color Us>
 bool isBlockedCentralPawn(int square) {
     constexpr Color Them = ~Us;
@@ -65,8 +65,8 @@ bool isBlockedCentralPawn(int square) {
     return pawnAttacksOf<Them>(searchPosition)[front] != 0 || searchPosition.board[front] == Side<Them>::pawn;
 }
 
-// How near a guarded pawn is to a pawn exchange that opens its file: 2 at once, 1 after one step. Pawns of
-// the edge need no guard.
+// How close a guarded pawn is to a pawn exchange that opens its file: 2 at once, 1 after one step, else 0.
+// Pawns on the edge need no guard.
 template <Color Us>
 int stormStrength(int square) {
     constexpr Color Them = ~Us;
@@ -81,12 +81,12 @@ int stormStrength(int square) {
     return 0;
 }
 
-// Everything that a pawn adds by itself, whatever the rear pawns are.
+// What each pawn adds by itself; also finds the rear pawns.
 template <Color Us>
 void surveyPawns(PawnEntry& entry, PawnScores& scores, PawnFacts& facts) {
     const Position& position = searchPosition;
     auto& rear = rearOf<Us>(entry);
-    int pawnColours = 0, stormKingside = 0, stormQueenside = 0;
+    int pawnColors = 0, stormKingside = 0, stormQueenside = 0;
     Shelter shelter = {bareShelter, bareShelter, bareShelter};
 
     std::fill(std::begin(rear), std::end(rear), static_cast<u8>(Us == White ? noSquare : 0));
@@ -104,7 +104,7 @@ void surveyPawns(PawnEntry& entry, PawnScores& scores, PawnFacts& facts) {
 
         scores.filesMiddlegame += pawnFileMiddlegame[file];
         scores.filesEndgame += pawnFileEndgame[file];
-        pawnColours += (isBlockedCentralPawn<Us>(square) ? 2 : 1) * (isDarkSquare(square) ? 1 : 16);
+        pawnColors += (isBlockedCentralPawn<Us>(square) ? 2 : 1) * (isDarkSquare(square) ? 1 : 16);
 
         if (rank <= rank4) {
             const Shelter& part = shelterByPawn[rank][file];
@@ -122,7 +122,7 @@ void surveyPawns(PawnEntry& entry, PawnScores& scores, PawnFacts& facts) {
         }
     }
 
-    pawnColoursOf<Us>(entry) = static_cast<u8>(pawnColours);
+    pawnColoursOf<Us>(entry) = static_cast<u8>(pawnColors);
     stormKingsideOf<Us>(entry) = static_cast<i8>(stormKingside);
     stormQueensideOf<Us>(entry) = static_cast<i8>(stormQueenside);
     shelterKingsideOf<Us>(entry) = static_cast<i8>(shelter.kingside);
@@ -130,8 +130,8 @@ void surveyPawns(PawnEntry& entry, PawnScores& scores, PawnFacts& facts) {
     shelterCentreOf<Us>(entry) = static_cast<i8>(shelter.centre);
 }
 
-// Squares of the centre's fourth rank that an enemy pawn attacks and that no own pawn guards now or after
-// falling back a rank.
+// Holes: squares of the fourth relative rank on the central files that an enemy pawn attacks and that no own
+// pawn guards or can come to guard by one step.
 template <Color Us>
 int centralHoles() {
     int holes = 0;
@@ -144,7 +144,7 @@ int centralHoles() {
     return holes;
 }
 
-// The terms that hang on pawns of more than one file. The rear pawns of both colours are known.
+// The terms that depend on several pawns. To be called after surveyPawns() of both colors.
 template <Color Us>
 void judgePawns(PawnEntry& entry, PawnScores& scores, const PawnFacts& facts) {
     constexpr Color Them = ~Us;
@@ -170,17 +170,18 @@ void judgePawns(PawnEntry& entry, PawnScores& scores, const PawnFacts& facts) {
         const int file = fileOf(square);
         const int rank = Side<Us>::relativeRank(square);
 
-        if (file > 0 && isAhead<Us>(square - up, rear[file - 1])) scores.structure -= neighbourGap;
-        if (file < 7 && isAhead<Us>(square - up, rear[file + 1])) scores.structure -= neighbourGap;
+        if (file > 0 && isAhead<Us>(square - up, rear[file - 1])) scores.structure -= neighborGap;
+        if (file < 7 && isAhead<Us>(square - up, rear[file + 1])) scores.structure -= neighborGap;
 
         if (rank <= rank4) {
-            // A neighbour file helps a pawn only while its rear pawn is not ahead. The edge helps nobody.
+            // The pawns of a neighboring file can help a pawn as long as the rearmost of them is not ahead of
+            // it.
             const bool leftHelps = file > 0 && !isAhead<Us>(rear[file - 1], square);
             const bool rightHelps = file < 7 && !isAhead<Us>(rear[file + 1], square);
             const int frontGuards = pawnAttacksOf<Us>(position)[square + up];
             const bool halfOpen = enemyPawnsOnFile[file] == 0;
 
-            // Only the neighbour towards the nearer edge is asked: the centre has other defenders.
+            // Only the neighbor towards the nearer edge matters: the center has other defenders.
             if (frontGuards == 0 && !(file <= fileD ? leftHelps : rightHelps)) ++scores.weaknesses;
 
             const bool onEdge = file == 0 || file == 7;
@@ -194,7 +195,7 @@ void judgePawns(PawnEntry& entry, PawnScores& scores, const PawnFacts& facts) {
             }
         }
 
-        // An enemy pawn is ahead on a file exactly when the rear one is.
+        // A file has an enemy pawn ahead exactly if the enemy's rear pawn is ahead.
         const bool passed = square == facts.foremost[file] && !isAhead<Us>(enemyRear[file], square) &&
                             (file == 0 || !isAhead<Us>(enemyRear[file - 1], square)) &&
                             (file == 7 || !isAhead<Us>(enemyRear[file + 1], square));
@@ -204,8 +205,8 @@ void judgePawns(PawnEntry& entry, PawnScores& scores, const PawnFacts& facts) {
     passerCountOf<Us>(entry) = static_cast<u8>(passers);
 }
 
-// A locked centre, d- and e-pawns head to head, points each side to a wing. Level chains point White to the
-// kingside and Black to the queenside.
+// If the center is locked, with the d- and e-pawns face to face, the pawn chain of each side points at a
+// wing. Level pawns point at the kingside for White and at the queenside for Black.
 void setChainWings(PawnEntry& entry) {
     const auto& white = entry.whiteRear;
     const auto& black = entry.blackRear;

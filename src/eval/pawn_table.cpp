@@ -8,10 +8,10 @@ namespace valku {
 
 namespace {
 
-// The last resort when there is no memory for two entries.
+// The table if there is no memory for two entries.
 PawnEntry smallestTable;
 
-// What calloc gave, before it was aligned.
+// The result of calloc, not yet aligned.
 void* tableMemory = nullptr;
 
 }  // namespace
@@ -22,8 +22,8 @@ u64 nPawnTables = 524288;
 void createPawnTable() {
     std::free(tableMemory);
     tableMemory = nullptr;
-    // Large zeroed blocks come fresh from the system, so that a table costs nothing until it is written to.
-    // calloc does not know the alignment of an entry: one entry more leaves room to align by hand.
+    // calloc takes large blocks from the system as zero pages, which cost nothing until they are written to.
+    // It does not know the alignment of an entry: one entry more leaves room to align.
     for (; nPawnTables > 1; nPawnTables /= 2) {
         tableMemory = std::calloc(nPawnTables + 1, sizeof(PawnEntry));
         if (tableMemory == nullptr) continue;

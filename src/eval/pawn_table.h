@@ -3,21 +3,23 @@
 #include "chess/position.h"
 #include "eval/pawn_structure.h"
 
-// A cache of pawn structures: one entry per index, a new placement overwrites an old one.
+// The pawn hash table (https://www.chessprogramming.org/Pawn_Hash_Table). A new entry always replaces the
+// old.
 
 namespace valku {
 
-extern PawnEntry* pawnTable;
-extern u64 nPawnTables;  // entries of the table, a power of two; a setting until createPawnTable() is called
+extern PawnEntry* pawnTable;  // written by createPawnTable()
+extern u64 nPawnTables;  // number of entries, a power of two; a setting until createPawnTable() is called
 
-// Makes an empty table of nPawnTables entries in place of the old one. If the memory cannot be had, the table
-// gets smaller and nPawnTables with it. Its pages are not touched before they are used.
+// Replaces the table by an empty one of nPawnTables entries. Without memory for that, halves nPawnTables
+// until it fits. Pages take up memory when they are first used. Only between searches.
 void createPawnTable();
 
-// Forgets all entries.
+// Empties the table. Only between searches.
 void clearPawnTable();
 
-// The entry for the pawns of searchPosition, built if it is not there. Valid until the next call.
+// The entry for the pawns of searchPosition, computed if it is missing. Valid until the next call. One thread
+// at a time.
 inline const PawnEntry* probePawnTable() {
     const u64 key = searchPosition.state->pawnHash;
     PawnEntry& entry = pawnTable[key & (nPawnTables - 1)];

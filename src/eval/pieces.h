@@ -7,14 +7,14 @@
 #include "eval/eval_tables.h"
 #include "eval/weights.h"
 
-// Rooks, bishops, knights and the threats against them. Terms are hundredths of a pawn from the view of Us.
-// Only the first two men of a kind are looked at, and the first queen.
+// Rooks, bishops, knights and the threats against pieces. Terms are hundredths of a pawn from the view of Us.
+// Only the first two pieces of a kind count, and the first queen.
 
 namespace valku {
 
 constexpr i32 kingThreat = 10000;
 constexpr i32 rookBehindEnemyPawn = 8;
-constexpr i32 bishopColourUnit = 2;  // for each own pawn more or less than three on the bishop's colour
+constexpr i32 bishopColorUnit = 2;  // for each own pawn more or less than three on the bishop's color
 
 template <Color Us>
 [[gnu::always_inline]] inline bool attackedByPawn(int square) {
@@ -26,7 +26,7 @@ template <Color Us>
     return (knightAttacks[square] & knightsBBOf<~Us>(searchPosition)) != 0;
 }
 
-// A rook or queen of Us attacked by a cheaper man.
+// Records a threat if a rook or queen of Us is attacked by a pawn or knight.
 template <Color Us>
 [[gnu::always_inline]] inline void addThreat(EvalContext& context, int square, i32 value) {
     if (attackedByPawn<Us>(square)) {
@@ -42,15 +42,15 @@ template <Color Us>
     if (queen != noSquare) addThreat<Us>(context, queen, queenValue);
 }
 
-// A check by pawn or knight must be answered, so that it is always the largest threat.
+// A check by a pawn or knight must be answered, so it is always the largest threat.
 template <Color Us>
 [[gnu::always_inline]] inline void kingThreatened(EvalContext& context) {
     const int king = kingOf<Us>(searchPosition);
     if (attackedByPawn<Us>(king) || attackedByKnight<Us>(king)) context.threatened[Us].add(kingThreat);
 }
 
-// A rook that looks at an enemy pawn while a man stands close behind it, in the way of its retreat. Worse if
-// it has no room towards the middle of its rank either.
+// A rook facing an enemy pawn, with its retreat blocked by a man close behind it. Worse if it has no room
+// towards the middle of its rank either.
 template <Color Us>
 [[gnu::always_inline]] inline i32 narrowedRookTerm(int rook) {
     constexpr int up = Side<Us>::up;
@@ -87,8 +87,9 @@ template <Color Us>
     return score;
 }
 
-// Is a rook of Us shut in by the king that has walked to its wing? Told for the kingside. The first of the
-// four squares that holds a rook decides; a rook that may still castle is no such rook.
+// True if a rook of Us is trapped in the corner by its king, which has moved to that wing. The squares are
+// given for the kingside. The first of them that holds a rook decides; a rook that may still castle does not
+// count.
 template <Color Us, bool Kingside>
 [[gnu::always_inline]] inline bool isRookShutIn() {
     const auto at = [](int square) { return Side<Us>::square(Kingside ? square : square ^ 7); };
@@ -125,20 +126,20 @@ template <Color Us>
     return score + trappedRookTerm<Us>();
 }
 
-// May an enemy pawn of that file attack `square` now or later?
+// True if an enemy pawn of that file attacks `square` or may do so later.
 template <Color Us>
 [[gnu::always_inline]] inline bool pawnMayAttackFrom(const EvalContext& context, int file, int square) {
     return isAhead<Us>(rearOf<~Us>(context.pawns)[file], square);
 }
 
-// A man that own pawns hold or an enemy pawn in front shields.
+// True if a man is guarded by a pawn or shielded by an enemy pawn in front of it.
 template <Color Us>
 [[gnu::always_inline]] inline bool isPropped(int square) {
     return stands(Side<~Us>::pawn, square + Side<Us>::up) || pawnAttacksOf<Us>(searchPosition)[square] != 0;
 }
 
-// An outpost counts in full if a pawn can take back twice, or if no enemy minor piece can reach it: bishops
-// are compared by their files.
+// An outpost counts in full if two pawns guard it, or if no enemy minor piece can capture it, a single bishop
+// being judged by the parity of its file only; otherwise half.
 template <Color Us>
 [[gnu::always_inline]] inline i32 outpostTerm(int square, i32 value) {
     const Position& position = searchPosition;
@@ -157,8 +158,8 @@ template <Color Us>
 
     ++context.minorsOnFile[file];
 
-    // Beyond man, pawn and own colour an own pawn has no flag, a square off the board has none at all, and
-    // all else has one.
+    // True for an own pawn and off the board: without the flags of man, pawn and own color nothing is left of
+    // those, but of everything else.
     const auto shut = [](int square) {
         constexpr u8 otherFlags = 0x7F & ~(pawnFlag | Side<Us>::flag);
         return (searchPosition.board[square] & otherFlags) == 0;
@@ -170,9 +171,9 @@ template <Color Us>
         if (eastClosed) score -= badBishop;
     }
 
-    const int pawnColours = pawnColoursOf<Us>(context.pawns);
-    const int pawnsOnColour = isDarkSquare(bishop) ? pawnColours & 15 : pawnColours >> 4;
-    score += bishopColourUnit * (3 - pawnsOnColour);
+    const int pawnColors = pawnColoursOf<Us>(context.pawns);
+    const int pawnsOnColor = isDarkSquare(bishop) ? pawnColors & 15 : pawnColors >> 4;
+    score += bishopColorUnit * (3 - pawnsOnColor);
 
     if (attackedByPawn<Us>(bishop)) context.threatened[Us].add(bishopValue - pawnValue);
 
@@ -211,7 +212,7 @@ template <Color Us>
     ++context.minorsOnFile[file];
     if (attackedByPawn<Us>(knight)) context.threatened[Us].add(knightValue - pawnValue);
 
-    // An own pawn beside the front square keeps the enemy pawn of its file from coming.
+    // An own pawn beside the square in front stops the enemy pawn of its file.
     const i32 outpost = knightOutpost.at<Us>(knight);
     if (outpost != 0 && isPropped<Us>(knight) &&
         (!pawnMayAttackFrom<Us>(context, file - 1, knight) || stands(Side<Us>::pawn, knight + west)) &&

@@ -2,9 +2,8 @@
 
 #include "chess/types.h"
 
-// What the evaluation holds a thing to be worth, in hundredths of a pawn. All of them are settings or may
-// become some: they are read anew by every evaluation, and may change between searches only. The values of
-// the men themselves stand in chess/piece_values.h.
+// The weights of the evaluation, in hundredths of a pawn; the values of the men are in chess/piece_values.h.
+// Most of them are settings. Written by the thread that reads the commands, only between searches.
 
 namespace valku {
 
@@ -20,14 +19,14 @@ inline i32 rookOn7th = 24;
 inline i32 rookOnOpenLine = 16;
 inline i32 doubledRooks = 10;
 inline i32 narrowedRook = 10;  // a man behind a rook that faces an enemy pawn
-inline i32 trappedRook = 45;   // shut in by its own king
+inline i32 trappedRook = 45;   // in the corner, by its own king
 
 // Bishops
 inline i32 pairOfBishops = 35;
-inline i32 trappedBishop = 120;  // on a7 or h7 behind an enemy pawn
+inline i32 trappedBishop = 120;  // on a7 or h7, by an enemy pawn on b6 or g6
 inline i32 badBishop = 20;       // own pawns or the edge on both forward diagonals
 
-// Pawns. These four go into the pawn table: a change counts for entries that are built after it.
+// Pawns. These four go into the pawn hash table: a change counts for entries that are computed after it.
 inline i32 doublePawn = 12;
 inline i32 isolatedPawn = 18;
 inline i32 backstandingPawn = 18;
@@ -39,10 +38,10 @@ inline i32 pawnStormValue2 = 12;  // kings on opposite wings, or the pawn chain 
 inline i32 kingSafety = 100;      // percentage of the attack table; see updateKingAttackTable()
 
 // Derived from the values of the men.
-extern i32 minorValue;       // the dearer minor piece
-extern i32 drawishMaterial;  // with more than this on the board no material draw is looked for
+extern i32 minorValue;       // the more valuable minor piece
+extern i32 drawishMaterial;  // with more than this on the board no material draw is possible
 
-// To be called after every change of a piece value: brings the two values above and pieceValueByCode in line.
+// Recomputes the two values above and pieceValueByCode; to be called after every change of a piece value.
 // Only between searches.
 void updateDerivedMaterial();
 
