@@ -32,8 +32,8 @@ TEST(Checks, WorkedMoves) {
     }
 }
 
-// Of all plain words from any square to any other those are pseudo-legal that the generators give, and those
-// are legal that leave no king in check.
+// Of all moves from any square to any other exactly the generated ones are pseudo-legal, and those of them
+// are legal that do not leave the king in check.
 TEST(PseudoLegal, AgreesWithTheGenerators) {
     for (const u64 seed : {61u, 62u}) {
         RandomGame game(seed % 2 ? richPosition : "8/2p1p3/8/1P1P1P2/1p1p1p2/8/K1P1P2k/8 w - - 0 1", seed);
@@ -87,7 +87,7 @@ TEST(Repetition, EndsOfTheWalk) {
     EXPECT_TRUE(isRepetition());
     searchPosition.state->fiftyMoves = 3;
     EXPECT_FALSE(isRepetition());
-    // With a count from before the first record the walk ends at that record.
+    // A count that goes back beyond the first record ends at that record.
     setPosition("4k3/8/8/8/8/8/4P3/R3K3 w Q - 90 1");
     play("a1a2 e8e7");
     EXPECT_FALSE(isRepetition());

@@ -17,11 +17,15 @@
 #include "chess/piece_values.h"
 #include "chess/position.h"
 #include "chess/tables.h"
+#include "shared/start_up.h"
+#include "shared/value_scope.h"
 
-// What the tests of the chess core and of the search share. Positions go the way of the engine: through a FEN
-// into gamePosition, and from there to searchPosition.
+// What the tests of the chess core and of the search share. Positions are set up as the engine does it: from
+// a FEN into gamePosition, and from there into searchPosition.
 
 namespace valku {
+
+[[maybe_unused]] inline const auto* const chessTables = startUpWith({initChessTables});
 
 constexpr const char* richPosition = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
 
@@ -43,25 +47,11 @@ class Chess960Scope {
     Chess960Scope& operator=(const Chess960Scope&) = delete;
 };
 
-// Sets a setting for the length of a scope.
-template <class T>
-class ValueScope {
-  public:
-    ValueScope(T& variable, T value) : variable_(variable), old_(variable) { variable = value; }
-    ~ValueScope() { variable_ = old_; }
-    ValueScope(const ValueScope&) = delete;
-    ValueScope& operator=(const ValueScope&) = delete;
-
-  private:
-    T& variable_;
-    const T old_;
-};
-
 inline std::string squareText(int square) {
     return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
 }
 
-// Every move word has a text of its own: coordinates, the promoted man, and s or l for castling.
+// A text for every move word: coordinates, the promotion piece, and s or l for castling.
 inline std::string notation(Move move) {
     std::string text = squareText(moveFrom(move)) + squareText(moveTo(move));
     if (const u8 man = movePromotion(move)) {
@@ -80,7 +70,7 @@ inline std::string notation(const MoveList& list) {
     return text;
 }
 
-// The move of that notation among the generated ones of searchPosition.
+// The generated move of searchPosition with that notation.
 inline Move moveOf(std::string_view text) {
     MoveList list;
     generateAllMoves(list);
@@ -98,7 +88,7 @@ inline void play(const std::string& moves) {
     }
 }
 
-// The moves that leave no king in check, tried on the position itself as the search does.
+// The legal moves, tried on the position itself as the search does.
 inline std::vector<Move> legalMoves() {
     MoveList list;
     generateAllMoves(list);
@@ -111,13 +101,13 @@ inline std::vector<Move> legalMoves() {
     return legal;
 }
 
-// A random game on searchPosition, the same on every machine. Castling, en passant and promotion are
-// preferred half of the time, or they would hardly ever be seen.
+// A random game on searchPosition, the same on every machine. Half of the time castling, en passant and
+// promotion are preferred, because they would be too rare otherwise.
 class RandomGame {
   public:
     RandomGame(std::string_view fen, u64 seed) : random_(seed) { setPosition(fen); }
 
-    // False when the game is over.
+    // False if the game is over.
     bool playMove() {
         const std::vector<Move> legal = legalMoves();
         if (legal.empty()) return false;
@@ -138,8 +128,8 @@ class RandomGame {
     u64 random_;
 };
 
-// Everything that a position keeps in step with its board, and its record without the keys of the placement:
-// those remember promotions and castling. Lists are taken without their order, but up to their ends.
+// Everything that a position updates together with its board, and its record without the keys of the
+// placement, which depend on the promotions and castlings so far. Lists are compared without their order.
 inline std::string factsOf(const Position& position) {
     Position p(position);
     const auto sort = [](auto&... lists) { (std::sort(std::begin(lists), std::end(lists)), ...); };

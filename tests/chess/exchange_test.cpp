@@ -14,7 +14,7 @@ TEST(StaticExchange, WorkedExchanges) {
         {"4k3/8/8/3p4/8/8/3Q4/4K3 w - - 0 1", "d2d5", 100},
         {"4k3/8/2p5/3p4/8/8/3Q4/4K3 w - - 0 1", "d2d5", 100 - 1160},
         {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", 0},    // en passant takes nothing from its square
-        {"4k1n1/7P/8/8/8/8/8/4K3 w - - 0 1", "h7g8Q", 370},  // the promoted man is a pawn
+        {"4k1n1/7P/8/8/8/8/8/4K3 w - - 0 1", "h7g8Q", 370},  // the promoting man counts as a pawn
         {"5rn1/k6P/8/8/8/8/8/4K3 w - - 0 1", "h7g8Q", 370 - 100},
         {"1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1", "a7a8Q", -100},
         {"4k3/8/3r4/8/8/3R4/3R4/3RK3 w - - 0 1", "d3d6", 580},
@@ -25,7 +25,7 @@ TEST(StaticExchange, WorkedExchanges) {
         {"8/8/4k3/3p4/2P5/2K5/3R4/8 w - - 0 1", "d2d5", 100},  // the king cannot recapture into a pawn
         {richPosition, "f3f6", 370 - 1160},
         {richPosition, "e2a6", 381},
-        {richPosition, "f3h3", 100 - 580},  // rook h8 takes, and rook h1, freed from nobody, takes back
+        {richPosition, "f3h3", 100 - 580},  // rook h8 takes, and rook h1 takes back
         {richPosition, "f3d3", -779},       // bishop a6 takes the queen, bishop e2 takes back
     };
     for (const auto& c : cases) {
@@ -34,8 +34,7 @@ TEST(StaticExchange, WorkedExchanges) {
     }
 }
 
-// The two questions have one answer for every move and every threshold short of a king, and leave the
-// position as it was.
+// Both functions agree for every move and every threshold below a king, and leave the position as it was.
 TEST(ExchangeBound, ReachesTheThresholdExactlyWhenTheExchangeDoes) {
     for (const char* fen :
          {startPositionFen, "r1bqk2r/pp2bppp/2n1pn2/2pp4/2PP4/2N1PN2/PP2BPPP/R1BQ1RK1 w kq - 0 1"}) {

@@ -33,7 +33,7 @@ TEST(Fen, ReadsWhatIsUsualAndDropsWhatCannotBe) {
         {"r4k1r/8/8/8/8/8/8/R4K1R w KQkq - 0 1", "r4k1r/8/8/8/8/8/8/R4K1R w - - 0 1"},
         {"r2k3r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", "r2k3r/8/8/8/8/8/8/R3K2R w KQ - 0 1"},
         {"4k3/8/8/8/8/8/8/R3K2R w QKxy - 0 1", "4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1"},
-        // En passant fields behind which no enemy pawn stands, or of the wrong side
+        // En passant squares without an enemy pawn before them, or of the wrong side
         {"4k3/8/8/4P3/8/8/8/4K3 w - d6 0 1", "4k3/8/8/4P3/8/8/8/4K3 w - - 0 1"},
         {"4k3/8/3n4/3pP3/8/8/8/4K3 w - d6 0 1", "4k3/8/3n4/3pP3/8/8/8/4K3 w - - 0 1"},
         {"4k3/8/8/3pP3/8/8/8/4K3 b - d6 0 1", "4k3/8/8/3pP3/8/8/8/4K3 b - - 0 1"},
@@ -50,24 +50,23 @@ TEST(Fen, RefusedTextsKeepTheOldPosition) {
     searchPosition = gamePosition;
     makeMove(gamePosition, moveOf("e2e4"));
     const std::string before = writeFen();
-    const std::string refused[] = {
-        "",
-        "8/8/8/8/8/8/8/8 w - - 0 1",       // no kings
-        "4k2k/8/8/8/8/8/8/4K3 w - - 0 1",  // three
-        "4k3/8/8/8/8/8/8/4K3",             // nothing after the placement
-        "4k3/8/8/8/8/8/4K3 w - - 0 1",     // seven ranks
-        "4k3/8/8/8/8/8/8/4K2 w - - 0 1",
-        "4k3/8/8/8/8/8/8/8/4K3 w - - 0 1",  // nine
-        "4k3/8/8/3X4/8/8/8/4K3 w - - 0 1",
-        "4k2P/8/8/8/8/8/8/4K3 w - - 0 1",               // pawns on the last ranks
-        "4k3/PPPPPPPP/P7/8/8/8/8/4K3 w - - 0 1",        // nine pawns
-        "4k3/qqqqqqqq/qq6/8/8/8/8/4K3 w - - 0 1",       // ten queens
-        "4k3/8/RRRRRRRR/RRR5/8/8/8/4K3 w - - 0 1",      // eleven rooks
-        "4k3/8/8/NNNNNNNN/BBBBBBBB/8/8/4K3 w - - 0 1",  // seventeen men
-        "4k3/8/8/8/8/8/4Q3/4K3 w - - 0 1",              // the side that has moved stands in check
-        std::string(300, 'K'),
-        std::string(300, '8').append(" w - - 0 1"),
-        "\xff\xfe\x01 w - - 0 1"};
+    const std::string refused[] = {"",
+                                   "8/8/8/8/8/8/8/8 w - - 0 1",       // no kings
+                                   "4k2k/8/8/8/8/8/8/4K3 w - - 0 1",  // three
+                                   "4k3/8/8/8/8/8/8/4K3",             // nothing after the placement
+                                   "4k3/8/8/8/8/8/4K3 w - - 0 1",     // seven ranks
+                                   "4k3/8/8/8/8/8/8/4K2 w - - 0 1",
+                                   "4k3/8/8/8/8/8/8/8/4K3 w - - 0 1",  // nine
+                                   "4k3/8/8/3X4/8/8/8/4K3 w - - 0 1",
+                                   "4k2P/8/8/8/8/8/8/4K3 w - - 0 1",               // pawns on the last ranks
+                                   "4k3/PPPPPPPP/P7/8/8/8/8/4K3 w - - 0 1",        // nine pawns
+                                   "4k3/qqqqqqqq/qq6/8/8/8/8/4K3 w - - 0 1",       // ten queens
+                                   "4k3/8/RRRRRRRR/RRR5/8/8/8/4K3 w - - 0 1",      // eleven rooks
+                                   "4k3/8/8/NNNNNNNN/BBBBBBBB/8/8/4K3 w - - 0 1",  // seventeen men
+                                   "4k3/8/8/8/8/8/4Q3/4K3 w - - 0 1",  // the side that has moved is in check
+                                   std::string(300, 'K'),
+                                   std::string(300, '8').append(" w - - 0 1"),
+                                   "\xff\xfe\x01 w - - 0 1"};
     for (const std::string& fen : refused) {
         EXPECT_FALSE(readFen(fen)) << fen;
         EXPECT_EQ(writeFen(), before) << fen;
@@ -75,7 +74,7 @@ TEST(Fen, RefusedTextsKeepTheOldPosition) {
     }
 }
 
-// Spoilt texts are refused without a trace, or give a position whose own text gives it again.
+// Damaged texts are refused without any effect, or give a position whose FEN gives it again.
 TEST(Fen, SpoiltTextsAreRefusedOrReadSoundly) {
     constexpr std::string_view letters = "pnbrqkPNBRQK12345678/9 -wbAHah0\t\xff";
     std::mt19937 random(3);
@@ -145,7 +144,7 @@ TEST(Fen, MoveNumberCountsTheMovesOfTheGame) {
     EXPECT_EQ(writeFen(searchPosition), "rnbqkbnr/pp2pppp/3p4/8/3pP3/5N2/PPP2PPP/RNBQKB1R w KQkq - 0 4");
 }
 
-TEST(MirrorPosition, ExchangesColoursAndRanks) {
+TEST(MirrorPosition, ExchangesColorsAndRanks) {
     const struct {
         bool isChess960;
         const char* fen;

@@ -17,7 +17,7 @@ TEST(LongGames, RepetitionsAreSeenAndASearchAlwaysFits) {
         ASSERT_EQ(stackedMoves(gamePosition) + droppedGameMoves, ply);
         ASSERT_EQ(gamePosition.state->fiftyMoves, ply % 256);
         searchPosition = gamePosition;
-        // Right behind a start of the count anew nothing has occurred before.
+        // Right after the count has started anew nothing has occurred before.
         ASSERT_EQ(isRepetition(), ply % 256 >= 4) << "ply " << ply;
     }
     EXPECT_EQ(writeFen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 184 1501");
@@ -26,7 +26,7 @@ TEST(LongGames, RepetitionsAreSeenAndASearchAlwaysFits) {
     while (takeBackGameMove()) ++takenBack;
     EXPECT_GE(takenBack, 250);
     EXPECT_EQ(takenBack + droppedGameMoves, 3000);
-    // A new position forgets the game; of a short one nothing is dropped.
+    // A new position has no history; of a short game nothing is dropped.
     setPosition(startPositionFen);
     EXPECT_FALSE(takeBackGameMove());
     playGameMove(round[0]);

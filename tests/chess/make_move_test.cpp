@@ -3,8 +3,8 @@
 namespace valku {
 namespace {
 
-// Every position on the way is the one that its FEN sets up, and every move comes back, pseudo-legal ones
-// too; with the routines for any position as with those on the search's own.
+// Every position of the games is the one that its FEN sets up, and every move is taken back exactly,
+// pseudo-legal ones too; with the functions for any position as with those for searchPosition.
 TEST(MakeMove, EveryMoveOfRandomGamesComesBack) {
     const struct {
         const char* fen;
@@ -45,7 +45,7 @@ TEST(MakeMove, EveryMoveOfRandomGamesComesBack) {
     }
 }
 
-// In the key a constant stands for the rook, also where the king stays or lands on its own rook.
+// A constant in the key takes the place of the rook's keys, also if the king stays or lands on its own rook.
 TEST(Keys, CastlingLeavesAConstantForTheRook) {
     const struct {
         bool isChess960;

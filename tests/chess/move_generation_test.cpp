@@ -5,7 +5,7 @@
 namespace valku {
 namespace {
 
-// Figures of an independent model.
+// Figures computed by an independent program.
 TEST(MoveGeneration, OrderAndMobility) {
     setPosition("1r4k1/P1P5/8/3pP3/2B1n3/1Q3R2/8/R3K3 w Q d6 0 1");
     MoveList list;
@@ -37,7 +37,8 @@ TEST(MoveGeneration, ThresholdLeavesSmallVictimsOut) {
         {richPosition, 101, "e2a6 f3f6", 100},
         {richPosition, 371, "e2a6", 370},
         {richPosition, 2000, "", 381},
-        // Queening pushes stay whatever the threshold; captures that promote are measured by their victim.
+        // Promotions to a queen stay whatever the threshold; captures that promote are measured by their
+        // victim.
         {"1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1", 2000, "a7a8Q", 580},
         {"4k3/8/8/8/8/8/p7/1Q2K3 b - - 0 1", 1160, "a2b1Q a2b1R a2b1B a2b1N a2a1Q", 0},
         {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", 101, "", 100},
@@ -53,7 +54,7 @@ TEST(MoveGeneration, ThresholdLeavesSmallVictimsOut) {
     }
 }
 
-// One piece on an otherwise empty board, so that the sums of the weights can be made by hand.
+// One piece on an otherwise empty board, so that the weights can be summed by hand.
 TEST(MoveGeneration, MobilityWeighsTheSquaresThatNoPawnAttacks) {
     struct {
         const char* fen;
@@ -107,8 +108,9 @@ TEST(Castling, NeedsAFreeWay) {
     }
 }
 
-// Whole random games: keys, lists of moves, exchange values and check tests of every position, drawn together
-// into one number for each. The numbers, and the games' last positions, are figures of an independent model.
+// Whole random games: keys, lists of moves, exchange values and check tests of every position, hashed
+// into one number for each. The numbers, and the games' last positions, were computed by an independent
+// program.
 class Digest {
   public:
     void add(i64 value) { sum_ = (sum_ ^ static_cast<u64>(value)) * 0x100000001b3u; }

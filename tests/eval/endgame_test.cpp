@@ -24,7 +24,7 @@ TEST(Endgame, DrawnMaterial) {
 // Two knights against one: White's rules end with the division, Black's go on and find two knights drawn.
 // Material 370, move 8, two knights -6, knights and a spread of 0 files 10; the squares cancel. 382 less 40
 // for pawns on few files is 342, an eighth of it 42.
-TEST(Endgame, TwoKnightsAgainstOneDependOnTheColour) {
+TEST(Endgame, TwoKnightsAgainstOneDependOnTheColor) {
     const char* fen = "8/8/2nk4/8/8/2NKN3/8/8";
     EXPECT_EQ(oneSidedValueOf(fen), 42);
     EXPECT_EQ(oneSidedValueOf(fen, 0, true), 0);

@@ -9,15 +9,20 @@
 #include "chess/fen.h"
 #include "chess/piece_values.h"
 #include "chess/position.h"
+#include "chess/tables.h"
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_table.h"
 #include "eval/weights.h"
+#include "shared/start_up.h"
+#include "shared/value_scope.h"
 
-// What the evaluation tests share: positions go the way of the engine, through a FEN, gamePosition and
-// searchPosition. A placement alone stands for White to move without castling rights.
+// What the evaluation tests share. Positions are set up as the engine does it: from a FEN into gamePosition,
+// and from there into searchPosition. A placement alone means White to move without castling rights.
 
 namespace valku {
+
+[[maybe_unused]] inline const auto* const evalTables = startUpWith({initChessTables, initEvalTables});
 
 inline void setPosition(std::string fen, bool mirrored = false) {
     if (fen.find(' ') == std::string::npos) fen += " w - - 0 1";
@@ -37,7 +42,7 @@ inline i32 oneSidedValueOf(const std::string& fen, i32 mobility = 0, bool mirror
     return evaluate();
 }
 
-// Colours and ranks exchanged give the opposite value: looked at whenever a value is asked for.
+// Also checks that the position with colors and ranks exchanged has the opposite value.
 inline i32 valueOf(const std::string& fen, i32 mobility = 0) {
     const i32 mirrored = oneSidedValueOf(fen, mobility, true);
     const i32 value = oneSidedValueOf(fen, mobility);
@@ -55,27 +60,14 @@ inline const PawnEntry& pawnEntryOf(const std::string& fen, bool mirrored = fals
     return *probePawnTable();
 }
 
-// Sets a weight for the length of a scope.
-class WeightGuard {
-  public:
-    WeightGuard(i32& weight, i32 value) : weight_(weight), old_(weight) { weight = value; }
-    ~WeightGuard() { weight_ = old_; }
-    WeightGuard(const WeightGuard&) = delete;
-    WeightGuard& operator=(const WeightGuard&) = delete;
-
-  private:
-    i32& weight_;
-    i32 old_;
-};
-
-// What one weight contributes to the value of a position: the value less the one without that weight.
+// What one weight contributes to the value of a position: the value minus the one without that weight.
 inline i32 shareOf(i32& weight, const std::string& fen) {
     const i32 with = valueOf(fen);
-    const WeightGuard without(weight, 0);
+    const ValueScope without(weight, 0);
     return with - valueOf(fen);
 }
 
-// Puts every position with a man on the board into the one branch or the other.
+// Limits that make every position a middlegame or an endgame.
 constexpr i32 alwaysMiddlegame = -10000;
 constexpr i32 alwaysEndgame = 100000;
 
@@ -87,7 +79,7 @@ inline void checkValues(std::initializer_list<ValueCase> cases) {
     for (const auto& c : cases) EXPECT_EQ(valueOf(c.fen, c.mobility), c.value) << c.fen << " " << c.mobility;
 }
 
-// Two positions that differ by what is looked at.
+// Two positions that differ by what is tested.
 struct PairCase {
     const char *with, *without;
     i32 difference;

@@ -12,7 +12,7 @@ TEST(Evaluate, StartPositionIsTheRightToMoveAndTheMobility) {
 // material on the board and 500 for each queen.
 TEST(Evaluate, MaterialPicksTheBranch) {
     const auto check = [](i32 border, const std::string& fen, i32 rights) {
-        const WeightGuard guard(endgameMaterial, border);
+        const ValueScope guard(endgameMaterial, border);
         EXPECT_EQ(valueOf(fen), 8 + 8 * rights) << fen;
     };
     const i32 withoutQueens = 2 * (800 + 740 + 762 + 1160), withQueens = withoutQueens + 2 * 1160 + 1000;
@@ -51,14 +51,14 @@ TEST(Evaluate, ThirdManOfAKindIsMaterialOnly) {
 
 TEST(Evaluate, WeightsOfTheFrame) {
     {
-        const WeightGuard middlegame(endgameMaterial, alwaysMiddlegame);
-        // A man of either colour before a pawn on its home square.
+        const ValueScope middlegame(endgameMaterial, alwaysMiddlegame);
+        // A man of either color before a pawn on its home square.
         checkShares({{&blockedCentralPawn, "4k3/3pp3/3n4/8/8/3bN3/3PP3/4K3", -40 + 20},
                      {&blockedCentralPawn, "4k3/8/8/8/8/2N2N2/2P2P2/4K3", 0},
                      {&rookAgainstNoRook, "4k3/pp4pp/8/8/8/8/PP4PP/R3K3", 0}});
     }
-    const WeightGuard endgame(endgameMaterial, alwaysEndgame);
-    // Enough material on the board that no draw is looked for, pawns on both wings, no pure endings.
+    const ValueScope endgame(endgameMaterial, alwaysEndgame);
+    // Too much material on the board for the drawish cases, pawns on both wings, no pure endings.
     checkShares({{&twoKnightsMalus, "1nbqk3/pp4pp/8/8/8/8/PP4PP/1N1QK1N1", -6},
                  {&twoKnightsMalus, "1nbqk1n1/pp4pp/8/8/8/8/PP4PP/1N1QK1NN", 0},
                  {&rookAgainstNoRook, "1nb1kbn1/pp4pp/8/8/8/8/PP4PP/R1B1KB1R", 20},
@@ -66,7 +66,7 @@ TEST(Evaluate, WeightsOfTheFrame) {
                  {&rookAgainstNoRook, "r1b1kb2/pp4pp/8/8/8/8/PP4PP/R1B1KB1R", 0}});
 }
 
-// Whole endgame values, summed by hand: material, the move 8, the piece's square and colour, and the spread
+// Whole endgame values, summed by hand: material, the move 8, the piece's square and color, and the spread
 // of the pawns.
 TEST(Evaluate, BishopsLikeWidePawnsAndKnightsDoNot) {
     checkValues({{"3qk3/p6p/8/8/8/8/P6P/3QKB2", 381 + 8 - 14 + 2 * (3 - 1) + 2 * (7 - 5)},
@@ -78,7 +78,7 @@ TEST(Evaluate, BishopsLikeWidePawnsAndKnightsDoNot) {
 TEST(Evaluate, DerivedMaterialFollowsThePieceValues) {
     EXPECT_EQ(drawishMaterial, 2901);
     {
-        const WeightGuard knight(knightValue, 390), queen(queenValue, 1000);
+        const ValueScope knight(knightValue, 390), queen(queenValue, 1000);
         updateDerivedMaterial();
         EXPECT_EQ(minorValue, 390);
         EXPECT_EQ(drawishMaterial, 390 + 2 * 1100);

@@ -8,11 +8,11 @@ namespace {
 
 // The share of the attack tables in a value: the value less the one with a table of zeros.
 i32 attackShare(const std::string& fen) {
-    const WeightGuard middlegame(endgameMaterial, alwaysMiddlegame);
+    const ValueScope middlegame(endgameMaterial, alwaysMiddlegame);
     const i32 with = valueOf(fen);
     i32 without;
     {
-        const WeightGuard none(kingSafety, 0);
+        const ValueScope none(kingSafety, 0);
         updateKingAttackTable();
         without = valueOf(fen);
     }
@@ -24,12 +24,12 @@ TEST(KingAttackTable, FollowsTheSetting) {
     EXPECT_EQ(kingAttackTable[20], 309);
     EXPECT_EQ(kingAttackTable[39], 1174);
     {
-        const WeightGuard twice(kingSafety, 200);
+        const ValueScope twice(kingSafety, 200);
         updateKingAttackTable();
         EXPECT_EQ(kingAttackTable[20] / 2, 309);
     }
     for (const i32 setting : {std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()}) {
-        const WeightGuard extreme(kingSafety, setting);
+        const ValueScope extreme(kingSafety, setting);
         updateKingAttackTable();
         EXPECT_EQ(kingAttackTable[0], 0);
         for (int count = 1; count < kingAttackTableSize; ++count) {
@@ -70,26 +70,26 @@ TEST(KingAttack, PointsOfThePieces) {
         {"1k6/8/8/8/6q1/5p2/8/6K1", 55},    // with a pawn on f3 before the king (8 - 3 + 3)
     };
     for (const auto& c : cases) EXPECT_EQ(attackShare(c.fen), -c.cost) << c.fen;
-    // However many men crowd around a king, the table ends.
+    // The table is not left, however many pieces attack a king.
     EXPECT_LT(attackShare("1k6/8/8/8/3b1q2/5nb1/6n1/4rrK1"), -300);
 }
 
 TEST(KingShelter, WingAndCentre) {
-    const WeightGuard middlegame(endgameMaterial, alwaysMiddlegame);
-    // f2, g2 and h2 shelter a king on g1 in full; on b1 it is bare: 4 * 13. In the centre f2 gives 3. Both b1
+    const ValueScope middlegame(endgameMaterial, alwaysMiddlegame);
+    // f2, g2 and h2 shelter a king on g1 in full; on b1 it is bare: 4 * 13. In the center f2 gives 3. Both b1
     // and g1 are worth 15, d1 and e1 nothing.
     checkPairs({{"4k3/8/8/8/8/8/5PPP/6K1", "4k3/8/8/8/8/8/5PPP/1K6", 52},
                 {"4k3/8/8/8/8/8/5PPP/4K3", "4k3/8/8/8/8/8/5PPP/1K6", 12 - 15},
                 {"4k3/8/8/8/8/8/5PPP/3K4", "4k3/8/8/8/8/8/5PPP/1K6", 12 - 15}});
     // The endgame has no shelter.
-    const WeightGuard endgame(endgameMaterial, alwaysEndgame);
+    const ValueScope endgame(endgameMaterial, alwaysEndgame);
     checkPairs({{"3qk3/8/8/8/8/8/P4PPP/3Q2K1", "3qk3/8/8/8/8/8/P4PPP/1K1Q4", 0}});
 }
 
-// Black's pawn on g4, held by h5, meets h3: a storm of 2. Which weight it gets hangs on the kings and the
-// chains.
+// Black's pawn on g4, held by h5, meets h3: a storm of 2. Which weight it gets depends on the kings and
+// the chains.
 TEST(KingShelter, StormCountsMoreOnOppositeWings) {
-    const WeightGuard middlegame(endgameMaterial, alwaysMiddlegame);
+    const ValueScope middlegame(endgameMaterial, alwaysMiddlegame);
     const struct {
         const char* fen;
         i32 value1, value2;
@@ -100,7 +100,7 @@ TEST(KingShelter, StormCountsMoreOnOppositeWings) {
         {"6k1/8/8/7p/6p1/7P/8/4K3", -14, 0},  // e1 meets the kingside storm,
         {"6k1/8/8/7p/6p1/7P/8/3K4", 0, 0},    // d1 the queenside one
         {"6k1/8/8/p7/1p6/P7/8/3K4", 0, -24},
-        // A locked centre with White's chain to the queenside: Black's points at the king on g1.
+        // A locked center with White's chain to the queenside: Black's points at the king on g1.
         {"6k1/8/3p4/3Pp2p/4P1p1/7P/8/6K1", 0, -24},
         {"6k1/8/4p3/3pP2p/3P2p1/7P/8/6K1", -14, 0},
     };

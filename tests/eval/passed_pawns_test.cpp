@@ -4,7 +4,7 @@ namespace valku {
 namespace {
 
 // Values of pawn endings that were summed by hand in the order of the rules: material and move, passed pawn,
-// structure and kings; then the race, the raise of pawn endings by three tenths (at most 50), and the cut by
+// structure and kings; then the race, the raise of pawn endings by 30 per cent (at most 50), and the cut by
 // a quarter (at most 40) for pawns on few files.
 TEST(PassedPawns, PawnEndingsByHand) {
     checkValues({
@@ -19,9 +19,8 @@ TEST(PassedPawns, PawnEndingsByHand) {
         // Three files to go in three moves: the king on f8 is in time. 100 + 8 + 48 + 15 - 10 = 161; + 48;
         // - 40.
         {"5k2/8/8/2P5/8/8/8/6K1", 169},
-        // The own king stands in the way and costs a move: four, with the king on e8 four files away. 100 + 8
-        // +
-        // 53 + 83 + 6 - 20 = 230; + 50; - 40.
+        // The own king is on the path and costs a move: four, with the king on e8 four files away. 100 + 8
+        // + 53 + 83 + 6 - 20 = 230; + 50; - 40.
         {"4k3/K7/8/P7/8/8/8/8", 240},
         // Both sides run, White to move.
         {"7k/8/8/P7/7p/8/8/K7", 140},   // 3 moves to 4: 8 + 100 = 108; + 32
@@ -34,7 +33,7 @@ TEST(PassedPawns, PawnEndingsByHand) {
 // Endgames with queens and wide pawns, where nothing is scaled. The white pawns a2 and h2 are closed in by a7
 // and h7.
 TEST(PassedPawns, TermsByPairs) {
-    const WeightGuard endgame(endgameMaterial, alwaysEndgame);
+    const ValueScope endgame(endgameMaterial, alwaysEndgame);
     // A king on h8 takes nothing from d5: it is four files away (row 28, entry 31: 15 parts of 128).
     const i32 free = (128 - 15) * 70 / 128;
     checkPairs({

@@ -10,14 +10,14 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::UnorderedElementsAreArray;
 
-// White's kingside, queenside and centre, then Black's.
+// White's kingside, queenside and center, then Black's.
 std::vector<int> sheltersOf(const char* fen) {
     const PawnEntry& entry = pawnEntryOf(fen);
     return {entry.whiteShelterKingside, entry.whiteShelterQueenside, entry.whiteShelterCentre,
             entry.blackShelterKingside, entry.blackShelterQueenside, entry.blackShelterCentre};
 }
 
-// -13, 4 + 5 + 4 for unmoved pawns of a wing, 3 for each of c2, d2, e2 and f2 in the centre; every step of a
+// -13, 4 + 5 + 4 for unmoved pawns of a wing, 3 for each of c2, d2, e2 and f2 in the center; every step of a
 // pawn loses.
 TEST(PawnStructure, Shelter) {
     EXPECT_THAT(sheltersOf("4k3/8/8/8/8/8/8/4K3"), Each(-13));
@@ -38,8 +38,7 @@ TEST(PawnStructure, ScoresOfSmallStructures) {
         {"4k3/8/8/P7/8/8/8/4K3", -10, 6},     // beyond the fourth rank there is no isolation
         {"4k3/8/4p3/4P3/8/8/8/4K3", 26, 26},  // space 15 - 5, e6 isolated on a closed file +12, weak +4
         // files 10/-6, space 25 - 10, d3 backward -18, c5 isolated +12; weaknesses d4, c4, d3, e4 less d5,
-        // f5,
-        // c5: -4
+        // f5, c5: -4
         {"4k3/8/8/2p5/2P1P3/3P4/8/4K3", 15, -1},
         // files 10/-6, space 15, passed e3 +15; weaknesses d4, e3 less c5, e5: 0
         {"4k3/8/8/8/3P4/4P3/8/4K3", 40, 24},
@@ -87,16 +86,16 @@ TEST(PawnStructure, StormCountsPawnsThatCanOpenAFile) {
     EXPECT_EQ(pawnEntryOf("6k1/8/6p1/6P1/7P/8/8/6K1").whiteStormKingside, 1);
     // Without h4 the pawn on g5 is not guarded.
     EXPECT_EQ(pawnEntryOf("6k1/8/7p/6P1/8/8/8/6K1").whiteStormKingside, 0);
-    // Pawns below the fourth rank and of the centre storm nothing.
+    // Pawns below the fourth rank and of the center storm nothing.
     EXPECT_EQ(pawnEntryOf("6k1/8/8/8/4p1p1/3P1P1P/6P1/6K1").whiteStormKingside, 0);
 }
 
-TEST(PawnStructure, BlockedCentralPawnsCountTwiceOnTheirColour) {
+TEST(PawnStructure, BlockedCentralPawnsCountTwiceOnTheirColor) {
     // d4 is dark, d5 light; c3 is dark and never counts twice.
     const PawnEntry& blocked = pawnEntryOf("4k3/8/8/3p4/3P4/2P5/8/4K3");
     EXPECT_EQ(blocked.whitePawnColours, 0x03);
     EXPECT_EQ(blocked.blackPawnColours, 0x20);
-    // e6 attacks the square before d4. e6 itself is light and stands outside the centre's eight squares.
+    // e6 attacks the square before d4. e6 itself is light and stands outside the center's eight squares.
     const PawnEntry& held = pawnEntryOf("4k3/8/4p3/8/3P4/8/8/4K3");
     EXPECT_EQ(held.whitePawnColours, 0x02);
     EXPECT_EQ(held.blackPawnColours, 0x10);
@@ -105,7 +104,7 @@ TEST(PawnStructure, BlockedCentralPawnsCountTwiceOnTheirColour) {
 
 TEST(PawnTable, EntriesLiveUntilTheTableIsCleared) {
     const i32 before = pawnEntryOf("4k3/8/8/8/8/4P3/4P3/4K3").middlegameScore;
-    const WeightGuard dearer(doublePawn, doublePawn + 100);
+    const ValueScope dearer(doublePawn, doublePawn + 100);
     EXPECT_EQ(probePawnTable()->middlegameScore, before);
     clearPawnTable();
     EXPECT_EQ(probePawnTable()->middlegameScore, before - 100);

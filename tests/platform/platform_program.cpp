@@ -18,8 +18,8 @@ void say(const std::string& text) {
     writeStandardOutput(text + "\n");
 }
 
-// Answers its further arguments, then the first word of its input, then every line behind it. Its ends of
-// the pipes do not block, as those that an interface hands to an engine may not.
+// Answers its further arguments, then the first word of its input, then every line after it. Its ends of
+// the pipes are non-blocking, as those that an interface gives to an engine may be.
 void echo(int count, char** words) {
     for (const int end : {0, 1}) fcntl(end, F_SETFL, O_NONBLOCK);
     for (int i = 2; i < count; ++i) say(std::string("[").append(words[i]).append("]"));

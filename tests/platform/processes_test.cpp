@@ -66,7 +66,7 @@ TEST(ChildProcessThreadsTest, AMissingOrDeadChildIsSeenAndHarmless) {
     EXPECT_EQ(none.wait(), -1);
 
     Partner child({"echo"});
-    // A second child that inherited our ends of the pipes would keep them open for ever.
+    // A second child that inherited our ends of the pipes would keep them open.
     Partner other({"echo"});
     std::thread waiter([&] { EXPECT_EQ(child.wait(), 128 + SIGKILL); });
     std::thread reader([&] { EXPECT_THAT(restOfOutput(child), ElementsAre()); });
@@ -121,7 +121,7 @@ TEST(SharedMemoryTest, ABlockIsSharedUnderItsIdUntilItsCreatorCloses) {
     static_cast<char*>(creator.address())[99'999] = 'x';
     EXPECT_EQ(SharedMemory().create(id, 4096), taken);
 
-    // The name is free at once, and who still has the old block goes on with it.
+    // The id is free at once, and processes that have the old block open keep it.
     EXPECT_TRUE(creator.close());
     EXPECT_EQ(creator.create(id, 100'000), done);
     EXPECT_EQ(static_cast<char*>(creator.address())[99'999], 0);
@@ -168,7 +168,7 @@ TEST(SharedMemoryTest, WhatIsNotTheBlockOfADeadEngineIsLeftAlone) {
 
 TEST(SharedMemoryTest, EnginesThatStartTogetherGetIdsOfTheirOwn) {
     const int first = testId(10);
-    // The first id is that of a dead engine, so that the starters also race to clear it away.
+    // The first id is that of a dead engine, so that the processes also race to remove it.
     const std::vector<std::string> claim{"claim", std::to_string(first)};
     EXPECT_EQ(Partner(claim).nextNumber(), first);
     std::list<Partner> engines;

@@ -18,7 +18,7 @@ Socket listener(int backlog) {
     return socket;
 }
 
-// What has come in; empty at the end.
+// What has been received; empty at the end.
 std::string receive(Socket& socket) {
     std::string text(32768, ' ');
     text.resize(static_cast<std::size_t>(socket.receive(text.data(), text.size())));
@@ -50,7 +50,7 @@ TEST(SocketThreadsTest, AConnectionEchoesLongTextsAndSeesTheOtherSideClose) {
     waiter.join();
     echo.join();
     near.close();
-    // The first text finds nobody, the answer to it tells that.
+    // Only the answer to the first text shows that the other side is gone.
     far.send("text\n");
     sleepMilliseconds(20);
     EXPECT_NE(far.send("text\n"), 0);
@@ -73,7 +73,7 @@ TEST(SocketTest, FailuresToConnectAreToldApart) {
     const std::uint16_t port = door.localPort();
     Socket caller;
     EXPECT_TRUE(caller.create() == 0 && caller.bind(port) == EADDRINUSE);
-    // Nobody takes these callers, so the queue at the door is soon full.
+    // These connections are never accepted, so the queue of the listener is soon full.
     Socket callers[4];
     int error = 0;
     for (Socket& one : callers) {

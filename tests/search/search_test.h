@@ -7,18 +7,15 @@
 
 namespace valku {
 
-// The tables are made once, as the engine does at its start: a second time would draw other keys.
-class Tables : public ::testing::Environment {
+[[maybe_unused]] inline const auto* const searchTables = startUpWith({initEvalTables, linkHistoryTables});
+
+// The hash table is shared memory: the last test leaves none behind.
+class HashTableRelease : public ::testing::Environment {
   public:
-    void SetUp() override {
-        if (squareMask[0] != 0) return;
-        initChessTables();
-        initEvalTables();
-        linkHistoryTables();
-    }
     void TearDown() override { releaseHashTable(); }
 };
 
-[[maybe_unused]] inline const auto* const tables = ::testing::AddGlobalTestEnvironment(new Tables);
+[[maybe_unused]] inline const auto* const hashTableRelease =
+    ::testing::AddGlobalTestEnvironment(new HashTableRelease);
 
 }  // namespace valku
