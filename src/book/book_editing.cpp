@@ -19,14 +19,6 @@ struct EditedMove {
     std::string_view rest{};  // after the move
 };
 
-bool isCoordinate(std::string_view text) {
-    return text.size() >= 2 && text[0] >= 'a' && text[0] <= 'h' && text[1] >= '1' && text[1] <= '8';
-}
-
-int squareOf(std::string_view text) {
-    return makeSquare(text[0] - 'a', text[1] - '1');
-}
-
 template <Color Us>
 bool isPromotion(int from, int to) {
     using S = Side<Us>;
@@ -36,9 +28,9 @@ bool isPromotion(int from, int to) {
 // `reader` is the name of the calling function, for the text of a fault.
 template <Color Us>
 EditedMove readMove(std::string_view text, const std::string& reader) {
-    if (!isCoordinate(text) || !isCoordinate(text.substr(2)))
+    EditedMove move{};
+    if (!textToSquares(text, move.from, move.to))
         throw Fault("error in " + reader + ": coordinates out of range!");
-    EditedMove move{squareOf(text), squareOf(text.substr(2))};
     move.rest = text.substr(4);
     if (!isPromotion<Us>(move.from, move.to)) return move;
     move.promotion = move.rest.empty() ? u8{0} : promotionPiece(move.rest.front(), Us);

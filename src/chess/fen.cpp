@@ -94,11 +94,7 @@ bool isEnPassantFieldOf(const Position& p, int field) {
 }
 
 void readEnPassantField(Position& p, std::string_view field) {
-    if (field.size() < 2) return;
-    const int file = field[0] - 'a';
-    const int rank = field[1] - '1';
-    if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
-    const int square = makeSquare(file, rank);
+    const int square = textToSquare(field);
     if (isEnPassantField(p, square)) p.state->epField = static_cast<u8>(square);
 }
 

@@ -98,14 +98,23 @@ SquarePair resolveNormal(const Position& p, int from, int to) {
     return {from, to, castles ? (fileOf(to) == 6 ? shortCastling : longCastling) : noCastling};
 }
 
-bool namesSquare(char file, char rank) {
-    return file >= 'a' && file <= 'h' && rank >= '1' && rank <= '8';
-}
-
 }  // namespace
 
 std::string squareText(int square) {
     return {static_cast<char>('a' + fileOf(square)), static_cast<char>('1' + rankOf(square))};
+}
+
+int textToSquare(std::string_view text) {
+    const bool named =
+        text.size() >= 2 && text[0] >= 'a' && text[0] <= 'h' && text[1] >= '1' && text[1] <= '8';
+    return named ? makeSquare(text[0] - 'a', text[1] - '1') : noSquare;
+}
+
+bool textToSquares(std::string_view text, int& from, int& to) {
+    if (text.size() < 4) return false;
+    from = textToSquare(text);
+    to = textToSquare(text.substr(2));
+    return from != noSquare && to != noSquare;
 }
 
 u8 promotionPiece(char letter, Color mover) {
@@ -179,10 +188,8 @@ Move uciTextToMove(std::string_view text, const Position& position) {
         const u32 castling = text == "O-O" ? shortCastling : longCastling;
         squares = us == White ? castlingOf<White>(position, castling) : castlingOf<Black>(position, castling);
     } else {
-        if (text.size() < 4 || !namesSquare(text[0], text[1]) || !namesSquare(text[2], text[3]))
-            return nullMove;
-        const int from = makeSquare(text[0] - 'a', text[1] - '1');
-        const int to = makeSquare(text[2] - 'a', text[3] - '1');
+        int from = noSquare, to = noSquare;
+        if (!textToSquares(text, from, to)) return nullMove;
         squares = chess960 ? resolveChess960(position, from, to) : resolveNormal(position, from, to);
         if (text.size() == 5 && text[4] >= 'a') letter = static_cast<char>(text[4] - 'a' + 'A');
     }

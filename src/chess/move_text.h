@@ -10,6 +10,12 @@ namespace valku {
 // The name of a square, such as e4.
 std::string squareText(int square);
 
+// The square at the start of a text, such as e4; noSquare if there is none.
+int textToSquare(std::string_view text);
+
+// The two squares at the start of a text, such as e2e4. False, with both undefined, if they are not there.
+bool textToSquares(std::string_view text, int& from, int& to);
+
 // The code of the piece that a letter N, B, R or Q stands for; 0 for any other character.
 u8 promotionPiece(char letter, Color mover);
 

@@ -53,19 +53,11 @@ bool takeNumberAndBlank(std::string_view& text, Number& number) {
     return taken && takeMark(text, ' ');
 }
 
-bool isSquareText(std::string_view text) {
-    return text.size() >= 2 && text[0] >= 'a' && text[0] <= 'h' && text[1] >= '1' && text[1] <= '8';
-}
-
-int squareOf(std::string_view text) {
-    return makeSquare(text[0] - 'a', text[1] - '1');
-}
-
 void readLine(std::string_view text, Line& line) {
     constexpr std::size_t moveWidth = 5;
     int count = 0;
-    while (count < maxLineMoves && text.size() >= 4 && isSquareText(text) && isSquareText(text.substr(2))) {
-        line.moves[count++] = makeMoveWord(squareOf(text), squareOf(text.substr(2)));
+    for (int from, to; count < maxLineMoves && textToSquares(text, from, to);) {
+        line.moves[count++] = makeMoveWord(from, to);
         text.remove_prefix(std::min(moveWidth, text.size()));
     }
     line.moves[count] = nullMove;

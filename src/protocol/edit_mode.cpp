@@ -4,6 +4,7 @@
 
 #include "chess/edited_board.h"
 #include "chess/fen.h"
+#include "chess/move_text.h"
 #include "platform/text_sink.h"
 #include "protocol/console.h"
 #include "protocol/game.h"
@@ -66,12 +67,11 @@ void finishEdit() {
 
 void placeMan(std::string_view line) {
     if (line.size() < 3) return;
-    const int file = line[1] - 'a';
-    const int rank = line[2] - '1';
-    if (file < 0 || file > 7 || rank < 0 || rank > 7) return;
+    const int square = textToSquare(line.substr(1));
+    if (square == noSquare) return;
     const u8 white = codeOfLetter(line[0]);
     if (!isManOf(White, white)) return;  // capitals name the men of either color
-    board.place(placedColor == White ? white : otherColor(white), makeSquare(file, rank));
+    board.place(placedColor == White ? white : otherColor(white), square);
 }
 
 }  // namespace

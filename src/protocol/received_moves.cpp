@@ -35,8 +35,8 @@ ReceivedMove readCastlingWord(bool isShort) {
 
 ReceivedMove readMoveText(std::string_view text) {
     if (text == "O-O" || text == "O-O-O") return readCastlingWord(text == "O-O");
-    const int from = makeSquare(text[0] - 'a', text[1] - '1');
-    const int to = makeSquare(text[2] - 'a', text[3] - '1');
+    int from = noSquare, to = noSquare;
+    textToSquares(text, from, to);
     const char letter = text.size() > 4 ? static_cast<char>(text[4] & ~0x20) : ' ';
     return {from, to, noCastling, promotionPiece(letter, rankOf(to) == 7 ? White : Black)};
 }
@@ -121,18 +121,12 @@ void ponderOn(const ReceivedMove& received) {
     startSearch(true);
 }
 
-bool isFile(char c) {
-    return c >= 'a' && c <= 'h';
-}
-bool isRank(char c) {
-    return c >= '1' && c <= '8';
-}
-
 }  // namespace
 
 bool isMoveText(std::string_view line) {
     if (line == "O-O" || line == "O-O-O") return true;
-    return line.size() >= 4 && isFile(line[0]) && isRank(line[1]) && isFile(line[2]) && isRank(line[3]);
+    int from = noSquare, to = noSquare;
+    return textToSquares(line, from, to);
 }
 
 void receiveMove(std::string_view text, bool ponderFlag) {
