@@ -6,8 +6,8 @@
 
 namespace valku {
 
-// What making a move cannot undo by itself, one record for each position of the history. `captured` and
-// `move` describe the move that was made in this position.
+// The part of a position that unmaking a move takes from the stack: one record for each position of the
+// history. `captured` and `move` describe the move that was made in this position.
 struct StateRecord {
     u32 hashLow;   // indexes the transposition table
     u32 hashHigh;  // the check word of the transposition table
