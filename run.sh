@@ -9,7 +9,7 @@ engine=$build/valku
 stamp=$build/built
 tables=$root/tables
 
-# Nothing that the build reads is newer than the last one. Folders count too: their time tells of files removed.
+# Nothing that the build reads is newer than the last build. Folders count too: their time changes with a removal.
 isBuilt() {
     [ -x "$engine" ] && [ -e "$stamp" ] &&
         [ -z "$(find "$root/src" "$root/cmake" "$root/share/book.txt" "$root/CMakeLists.txt" \
@@ -37,7 +37,7 @@ if ! isBuilt; then
     fi
 fi
 
-# The endings of three men, which settings.ini names. Two interfaces that start at once must not write the same files.
+# The endings of three men, which settings.ini names. The lock is for two interfaces that start at once.
 makeTables() {
     exec 9>"$build/lock" && flock 9 || return 1
     [ -e "$tables/kpk.nbb" ] && return 0
@@ -45,7 +45,7 @@ makeTables() {
     echo "valku: for the endings of four men run $build/valku-tables generate --all-4 --compress --dir $tables"
 }
 
-# The tables of kpk rest on all others of three men and come last.
+# The tables of kpk are made last, from all others of three men.
 if [ ! -e "$tables/kpk.nbb" ] && [ ! -e "$tables/kpk.nbb.emd" ]; then
     (makeTables) </dev/null >&2 || echo "valku: going on without endgame tables" >&2
 fi

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything with warnings as errors and runs the test suite; the exit code tells whether all passed.
 #   ./test.sh                     the release's code
-#   ./test.sh asan | tsan | debug the same suite under sanitizers, or unoptimised
+#   ./test.sh asan | tsan | debug the same suite under sanitizers, or unoptimized
 #   ./test.sh clang               the same suite under the sanitizers of the other compiler
 #   ./test.sh [preset] ARGUMENT.. further arguments go to ctest: ./test.sh tsan -L threads
 set -eu

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Holds the engine's node counts to the numbers in benchmarks/signature.txt: scripts/check_signature.py ENGINE [short]
+"""Compares the engine's node counts with benchmarks/signature.txt: scripts/check_signature.py ENGINE [short]
 
 The sum of the nodes of `benchmark -4` in a fresh process is the engine's signature. It is the same on every machine; a
 commit that changes it says so as `signature: <nodes>` and enters the new numbers. `short` runs the shallower benchmark
-only. Prints what differs; the exit code tells whether anything did.
+only. The exit code is 1 if a number differs.
 """
 
 import re
@@ -16,8 +16,7 @@ KEPT = Path(__file__).resolve().parent.parent / "benchmarks/signature.txt"
 
 
 def nodes_of(engine, command):
-    """A folder of its own: settings that lie about must not count."""
-    with tempfile.TemporaryDirectory() as folder:
+    with tempfile.TemporaryDirectory() as folder:  # without settings
         answer = subprocess.run([engine], input=f"console\n{command}\nquit\n", text=True, capture_output=True,
                                 cwd=folder, check=True).stdout
     total = re.search(r"^Knoten gesamt: (\d+)$", answer, re.MULTILINE)

@@ -6,9 +6,9 @@ import threading
 
 
 class EngineProcess:
-    """A program in a folder where no settings lie about that name an opening book; ended with the `with` block.
+    """A program in an empty folder, so without settings and opening book; ended with the `with` block.
 
-    `patience` is the whole life in seconds: a silent engine is ended, which ends every wait for its lines too.
+    It is killed after `patience` seconds, which also ends every wait for its lines.
     """
 
     def __init__(self, command, patience):

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 """Compares how many nodes per second Valku and two engines from Debian's packages search, in one run.
 
-Every engine searches the same middle-game positions, one search after the other, on one processor, with its own
-default settings, each search in a fresh process. The engines take turns position by position, so that whatever else
-the machine does meets all of them. A rate is the number of nodes of the last report divided by the processor time
-that the process had used for the search by then; the engine's clock is not asked. What counts as a node is every
-engine's own affair. Prints a table, the ratios, and the commands that were run.
+All engines search the same middle-game positions with their default settings on one processor, one search after the
+other, each in a fresh process. They take turns position by position, so that other work of the machine slows all of
+them alike. A rate is the number of nodes of the last report divided by the processor time that the process had used for
+the search by then. Each engine counts nodes in its own way. Prints a table, the ratios, and the commands that were run.
 """
 
 import argparse
+import contextlib
 import os
 import re
 import shlex
@@ -24,14 +24,8 @@ from engine_process import EngineProcess
 
 ROOT = Path(__file__).resolve().parent.parent
 
-# Debian puts its chess programs where not every user's path leads.
-SEARCH_PATH = os.environ.get("PATH", "/usr/bin:/bin") + ":/usr/games"
-
-# Name, Debian package, command.
-PEERS = [
-    ("toga2", "toga2", ["toga2"]),
-    ("gnuchess", "gnuchess", ["gnuchess", "--uci"]),
-]
+SEARCH_PATH = os.environ.get("PATH", "/usr/bin:/bin") + ":/usr/games"  # where Debian puts chess programs
+PEERS = [("toga2", ["toga2"]), ("gnuchess", ["gnuchess", "--uci"])]  # Debian package and command
 
 POSITIONS = [
     "r1bq1rk1/pp2bppp/2n1pn2/2pp4/3P1B2/2PBPN2/PP1N1PPP/R2Q1RK1 w - - 0 9",
@@ -47,7 +41,7 @@ ANSWER_SECONDS = 30  # how long an engine may take to answer a command
 
 
 class Engine(EngineProcess):
-    """A UCI engine, found where Debian may have put it."""
+    """A UCI engine on one processor."""
 
     def __init__(self, command, core):
         path = os.path.abspath(shutil.which(command[0], path=SEARCH_PATH))
@@ -55,34 +49,26 @@ class Engine(EngineProcess):
         super().__init__(self.command, ANSWER_SECONDS)
 
     def lines_until(self, word):
-        """Yields the engine's lines up to the first that begins with the word."""
+        """The engine's lines up to the first that begins with the word."""
         for line in self.process.stdout:
             yield line
             if line.split()[:1] == [word]:
                 return
         raise RuntimeError(f"{shlex.join(self.command)} ended, or gave no {word} in {ANSWER_SECONDS} s")
 
-    def wait_for(self, word):
-        for _ in self.lines_until(word):
-            pass
-
     def processor_seconds(self):
         """What all threads of the process have used so far; the kernel counts it in nanoseconds."""
         total = 0
         for task in Path(f"/proc/{self.process.pid}/task").iterdir():
-            try:
+            with contextlib.suppress(FileNotFoundError):  # of a thread that has ended
                 total += int((task / "schedstat").read_text().split()[0])
-            except FileNotFoundError:
-                pass
         return total / 1e9
 
     def search(self, fen, seconds):
         """Nodes and processor seconds of a search that is stopped after so many seconds."""
-        self.send("uci")
-        self.wait_for("uciok")
-        self.send("ucinewgame")
-        self.send("isready")
-        self.wait_for("readyok")
+        for words, answer in (("uci", "uciok"), ("ucinewgame\nisready", "readyok")):
+            self.send(words)
+            list(self.lines_until(answer))
         self.send("position fen " + fen)
         before = self.processor_seconds()
         self.send("go infinite")
@@ -90,35 +76,29 @@ class Engine(EngineProcess):
         stopper.start()
         nodes, used = 0, 0.0
         for line in self.lines_until("bestmove"):
-            report = REPORT.search(line)
-            if report:
-                nodes, used = int(report.group(1)), self.processor_seconds() - before
+            if report := REPORT.search(line):
+                nodes, used = int(report[1]), self.processor_seconds() - before
         stopper.join()
         if nodes == 0 or used <= 0:
             raise RuntimeError(f"{shlex.join(self.command)} reported no nodes")
         return nodes, used
 
 
-def install(packages):
-    """Fetches Debian packages through the repository's own shell function, if this user may."""
-    pairs = " ".join(f"{package}:/usr/games/{package}" for package in packages)
-    subprocess.run(["bash", "-c", f". {shlex.quote(str(ROOT / 'scripts/packages.sh'))}; needPackages {pairs}"],
-                   check=True)
-
-
 def find_peers(may_install):
     def missing():
-        return [package for _, package, command in PEERS if not shutil.which(command[0], path=SEARCH_PATH)]
+        return [package for package, command in PEERS if not shutil.which(command[0], path=SEARCH_PATH)]
 
     if missing() and may_install:
-        install(missing())
+        pairs = " ".join(f"{package}:/usr/games/{package}" for package in missing())
+        subprocess.run(["bash", "-c", f". {shlex.quote(str(ROOT / 'scripts/packages.sh'))}; needPackages {pairs}"],
+                       check=True)
     if missing():
-        sys.exit(f"not installed: {' '.join(missing())}; run this with --install, or\n"
-                 f"    apt-get install {' '.join(missing())}")
+        packages = " ".join(missing())
+        sys.exit(f"not installed: {packages}; run this with --install, or\n    apt-get install {packages}")
 
 
 def measuring_core(wanted):
-    """The processor for the engines: a given one, or the last that this process may use."""
+    """The processor for the engines, by default the last that this process may use; None without taskset."""
     if not shutil.which("taskset"):
         return None
     return wanted if wanted is not None else max(os.sched_getaffinity(0))
@@ -139,7 +119,7 @@ def main():
     find_peers(arguments.install)
     core = measuring_core(arguments.core)
 
-    engines = [("valku", [arguments.engine])] + [(name, command) for name, _, command in PEERS]
+    engines = [("valku", [arguments.engine]), *PEERS]
     rates = {name: [] for name, _ in engines}
     commands = {}
     print("nodes per second of processor time, in thousands")
@@ -155,13 +135,13 @@ def main():
         print(row, flush=True)
 
     print("median    " + "".join(f"{statistics.median(rates[name]) / 1000:>10.0f}" for name, _ in engines))
-    for name, _, _ in PEERS:
+    for name, _ in PEERS:
         ratios = [own / other for own, other in zip(rates["valku"], rates[name])]
         print(f"valku / {name}: median {statistics.median(ratios):.2f}, "
               f"lowest {min(ratios):.2f}, highest {max(ratios):.2f}")
 
-    print(f"\nevery search: uci, ucinewgame, isready, position fen ..., go infinite, after {arguments.seconds:g} s "
-          f"stop, in a new process of")
+    print(f"\nevery search: uci, ucinewgame, isready, position fen ..., go infinite, "
+          f"after {arguments.seconds:g} s stop, in a new process of")
     for name, _ in engines:
         print(f"    {commands[name]}")
     for number, fen in enumerate(POSITIONS, 1):

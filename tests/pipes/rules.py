@@ -3,6 +3,8 @@
 Castling is kept as the set of rook squares that still have the right, which serves normal chess and Chess960 alike.
 """
 
+import re
+
 START = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
 
 DIAGONAL = ((1, 1), (1, -1), (-1, 1), (-1, -1))
@@ -36,15 +38,8 @@ class Board:
     def __init__(self, fen=START, chess960=False):
         placement, side, castling, en_passant, fifty, number = fen.split()
         self.chess960 = chess960
-        self.men = [None] * 64
-        for rank, row in zip(range(7, -1, -1), placement.split("/")):
-            square = 8 * rank
-            for letter in row:
-                if letter.isdigit():
-                    square += int(letter)
-                else:
-                    self.men[square] = letter
-                    square += 1
+        rows = (re.sub("[1-8]", lambda gap: "." * int(gap[0]), row) for row in reversed(placement.split("/")))
+        self.men = [None if letter == "." else letter for row in rows for letter in row]
         self.white = side == "w"
         self.rights = frozenset(self.rook_of(letter) for letter in castling if letter != "-")
         self.en_passant = None if en_passant == "-" else square_of(en_passant)
@@ -61,15 +56,12 @@ class Board:
         return self.men.index("K" if white else "k")
 
     def attacked(self, square, by_white):
-        own = str.upper if by_white else str.lower
-        for man, directions in JUMPS.items():
-            if any(at is not None and self.men[at] == own(man) for at in (step(square, d) for d in directions)):
+        color = str.upper if by_white else str.lower
+        pawns = [(file, -1 if by_white else 1) for file in (-1, 1)]
+        for man, directions in (*JUMPS.items(), ("p", pawns)):
+            if any(at is not None and self.men[at] == color(man) for at in (step(square, d) for d in directions)):
                 return True
-        for file in (-1, 1):
-            at = step(square, (file, -1 if by_white else 1))
-            if at is not None and self.men[at] == own("p"):
-                return True
-        for directions, men in ((DIAGONAL, own("bq")), (STRAIGHT, own("rq"))):
+        for directions, men in ((DIAGONAL, color("bq")), (STRAIGHT, color("rq"))):
             for direction in directions:
                 at = next((at for at in ray(square, direction) if self.men[at]), None)
                 if at is not None and self.men[at] in men:
@@ -80,19 +72,17 @@ class Board:
         return self.attacked(self.king(self.white), not self.white)
 
     def pawn_moves(self, origin):
-        up, last = (1, 7) if self.white else (-1, 0)
-        targets = []
+        up, home = (1, 1) if self.white else (-1, 6)
         ahead = step(origin, (0, up))
-        if self.men[ahead] is None:
-            targets.append(ahead)
-            if origin // 8 == (1 if self.white else 6) and self.men[ahead + 8 * up] is None:
-                targets.append(ahead + 8 * up)
+        targets = [ahead] if self.men[ahead] is None else []
+        if targets and origin // 8 == home and self.men[ahead + 8 * up] is None:
+            targets.append(ahead + 8 * up)
         for file in (-1, 1):
             side = step(origin, (file, up))
             if side is not None and (side == self.en_passant or (self.men[side] and not self.is_own(self.men[side]))):
                 targets.append(side)
         for target in targets:
-            for promotion in "qrbn" if target // 8 == last else ("",):
+            for promotion in "qrbn" if target // 8 in (0, 7) else ("",):
                 yield origin, target, promotion, None
 
     def castlings(self):
@@ -110,22 +100,17 @@ class Board:
                 yield king, king_to, "", rook
 
     def pseudo_moves(self):
-        for origin in range(64):
-            man = self.men[origin]
+        for origin, man in enumerate(self.men):
             if not self.is_own(man):
                 continue
             kind = man.lower()
             if kind == "p":
                 yield from self.pawn_moves(origin)
-            for direction in JUMPS.get(kind, ()):
-                target = step(origin, direction)
-                if target is not None and not self.is_own(self.men[target]):
-                    yield origin, target, "", None
-            for direction in SLIDES.get(kind, ()):
+            for direction in JUMPS.get(kind, SLIDES.get(kind, ())):
                 for target in ray(origin, direction):
                     if not self.is_own(self.men[target]):
                         yield origin, target, "", None
-                    if self.men[target]:
+                    if self.men[target] or kind in JUMPS:
                         break
         yield from self.castlings()
 
@@ -212,21 +197,15 @@ class Board:
         field = ""
         for home, write in ((0, str.upper), (56, str.lower)):
             files = sorted(rook - home for rook in self.rights if rook // 8 == home // 8)
-            if self.chess960:
-                field += "".join(write("abcdefgh"[file]) for file in files)
-            else:
-                field += "".join(write("q" if file == 0 else "k") for file in reversed(files))
+            letters = "abcdefgh" if self.chess960 else "q------k"
+            field += write("".join(letters[file] for file in (files if self.chess960 else files[::-1])))
         return field or "-"
 
     def fen(self):
-        rows = []
-        for rank in range(7, -1, -1):
-            row = "".join(man or "1" for man in self.men[8 * rank:8 * rank + 8])
-            for gap in range(8, 1, -1):
-                row = row.replace("1" * gap, str(gap))
-            rows.append(row)
+        rows = ("".join(man or "." for man in self.men[8 * rank:8 * rank + 8]) for rank in range(7, -1, -1))
+        placement = re.sub(r"\.+", lambda gap: str(len(gap[0])), "/".join(rows))
         field = "-" if self.en_passant is None else name(self.en_passant)
-        return (f"{'/'.join(rows)} {'w' if self.white else 'b'} {self.castling_field()} {field} {self.fifty % 256} "
+        return (f"{placement} {'w' if self.white else 'b'} {self.castling_field()} {field} {self.fifty % 256} "
                 f"{self.ply // 2 + 1}")
 
 
