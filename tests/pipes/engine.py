@@ -215,6 +215,14 @@ class Engine:
     def end_input(self):
         self.process.stdin.close()
 
+    def end(self, how):
+        """By a signal, by a word such as quit, or by the end of the input ("input"); the exit code it ought to have."""
+        if isinstance(how, signal.Signals):
+            self.signal(how)
+            return -how
+        self.end_input() if how == "input" else self.send(how)
+        return 0
+
     def close(self):
         """Ends the process if the test has not; a text if it crashed or complained."""
         with contextlib.suppress(OSError):  # of what was still to be written to a process that is gone

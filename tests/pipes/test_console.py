@@ -211,20 +211,18 @@ class Benchmark(ConsoleTest):
         self.assertEqual((lines[-1], code), ("Error: could not open missing", 0))
 
     def test_what_ends_it(self):
-        signals = lambda player: player.signal(signal.SIGINT)
-        ends = [lambda player, word=word: player.send("showbook", word)  # the first of them waits for its turn
-                for word in ("?", "stop", "quit")] + [engine.Engine.end_input, signals]
         for command in ("benchmark 20", "benchfromfile list 20 0"):
-            for number, end in enumerate(ends):
+            for end in ("?", "stop", "quit", "input", signal.SIGINT):
                 player = self.bench_player(f"11:{MIDDLE_GAME}\n" * 9, command)
                 player.read_to(BENCH_START.pattern)
-                end(player)
-                lines = player.read_to("handler called with signal 0" if end is signals else "Zeit gesamt: .*")
+                player.send("showbook")  # which waits for its turn
+                code = player.end(end)
+                lines = player.read_to("handler called with signal 0|Zeit gesamt: .*")
                 self.assertEqual(self.bench_depths(lines), [])  # no position after the one at work
-                if command == "benchmark 20" and number < 2:
+                if command == "benchmark 20" and end in ("?", "stop"):
                     self.assertTrue(player.settled()[1])
                 else:
-                    self.assertEqual(player.wait(), -signal.SIGINT if end is signals else 0)
+                    self.assertEqual(player.wait(), code)
 
 
 if __name__ == "__main__":

@@ -202,16 +202,14 @@ class End(engine.EngineTest):
             self.assertEqual(segments_of(player), set())
 
     def test_an_interface_that_goes_away(self):
-        for end in (lambda player: player.send("stop", "quit"), engine.Engine.end_input):
+        for end in ("quit", "input"):
             reading, writing = os.pipe()
             player = self.engine(stdout=writing)
             os.close(writing)
             player.send("position startpos", "go infinite")
             os.read(reading, 100)
             os.close(reading)
-            end(player)
-            self.assertEqual(player.wait(), 0)
-
+            self.assertEqual(player.end(end), player.wait())
 
     def test_signals_that_end_the_process(self):
         for number, told in ((signal.SIGINT, 0), (signal.SIGTERM, 6), (signal.SIGHUP, 2)):
@@ -254,20 +252,14 @@ class UnreadOutput(engine.EngineTest):
         return player
 
     def test_every_end(self):
-        stuck = ("uci", *["isready"] * 2000)  # the commands themselves, so that nobody can read another
+        stuck = ("uci", *["isready"] * 2000)  # the commands themselves, which then read no other
         searching = ("uci", "position startpos", "go infinite")
         players = []
         for words, ends in ((searching, ("input", "quit", signal.SIGTERM, signal.SIGINT)),
                             (stuck, ("input", signal.SIGTERM, signal.SIGINT))):
             for end in ends:
                 player = self.full_engine(words=words, settings="numberOfLocalClients=1\n")
-                if end == "input":
-                    player.end_input()
-                elif end == "quit":
-                    player.send("quit")
-                else:
-                    player.signal(end)
-                players.append((player, -end if isinstance(end, int) else 0))
+                players.append((player, player.end(end)))
         for player, code in players:
             self.assertEqual(player.wait(), code)
             self.assertEqual(segments_of(player), set())
@@ -366,11 +358,9 @@ class SharedTables(engine.EngineTest):
                           ("99999999999999999999", "99999999999999999999")):
             guest = self.engine("sharehash", *arguments, words=())
             guest.expected_end.add(1)
-            try:
+            with contextlib.suppress(BrokenPipeError):  # of a guest that has gone already
                 guest.send("position startpos", "go depth 5")
                 guest.end_input()
-            except BrokenPipeError:  # it has gone already
-                pass
             lines = guest.read_all()
             refused = "Could not map the file! Exiting now..." in lines
             self.assertTrue(refused or lines and "bestmove" in lines[-1], (arguments, lines))

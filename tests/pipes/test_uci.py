@@ -96,12 +96,10 @@ class LargeTable(engine.EngineTest):
                 self.assertEqual(player.ready(), [])
 
     def test_the_end_comes_while_the_table_is_prepared(self):
-        for end, code in ((engine.Engine.quit, 0), (engine.Engine.end_input, 0),
-                          (lambda player: player.signal(signal.SIGTERM), -signal.SIGTERM)):
+        for end in ("quit", "input", signal.SIGTERM):
             player = self.ready_engine("Hash value 1024", "PreserveHash value false")
             player.go("depth 6", "startpos")
-            end(player)
-            self.assertEqual(player.wait(), code)
+            self.assertEqual(player.end(end), player.wait())
 
 
 class Options(engine.EngineTest):

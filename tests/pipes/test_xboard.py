@@ -173,7 +173,7 @@ class Xboard(engine.EngineTest):
         for fen, limits, result in (
                 ("7r/8/8/8/8/1k6/8/K7 w - - 0 1", ["sd 6"], "0-1 {Black mates}"),
                 ("6bk/3R4/8/8/8/1q6/8/K7 w - - 0 1", ["level 0 1 0", "time 900"], "1/2-1/2 {Stalemate}")):
-            player, _, expected, behind, _ = self.pondering(fen, *limits)
+            player, _, expected, *_ = self.pondering(fen, *limits)
             player.send("x", "a8b8", "O-O")  # nothing that could be played: the pondering goes on
             self.assertEqual(player.settled(), ([], False))
             player.send(expected)
@@ -209,7 +209,7 @@ class Xboard(engine.EngineTest):
             if text in ("undo", "remove"):
                 boards = boards[:-1 if text == "undo" else -2]
                 continue
-            if text != "e1e3":  # which nobody can play, and so the analysis goes on
+            if text != "e1e3":  # which is illegal, so the analysis goes on
                 boards.append(boards[-1].play(boards[-1].find(text)))
             for line in player.read_to(THINKING.pattern):
                 self.assertTrue(self.is_line(boards[-1], THINKING.fullmatch(line)["pv"]), f"{line} after {text}")
