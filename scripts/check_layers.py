@@ -94,7 +94,7 @@ def breaches_of_flags(texts):
     for flag in declared ^ set(ASSIGNED_IN):
         yield f"{flag}: " + ("has no row in ASSIGNED_IN" if flag in declared else "no header in thinking/ declares it")
     for flag, files in ASSIGNED_IN.items():
-        assigning = {name for name, code in codes.items() if assigns(code, flag)}
+        assigning = {name for name, code in codes.items() if flag in code and assigns(code, flag)}
         for name in assigning ^ set(files):
             yield f"{name}: " + (f"must not assign {flag}; {', '.join(files)} may" if name in assigning else
                                  f"does not assign {flag}, though ASSIGNED_IN lists it")

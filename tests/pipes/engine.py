@@ -311,4 +311,7 @@ def main():
     if not program:
         sys.exit("usage: test_....py <engine> [unittest arguments], or VALKU=<engine> test_....py")
     Engine.program = os.path.abspath(program)
+    for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):
+        if signal.getsignal(number) == signal.SIG_IGN:  # as in the background of a shell; engines would inherit it
+            signal.signal(number, signal.SIG_DFL)
     unittest.main()
