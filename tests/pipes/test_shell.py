@@ -193,14 +193,6 @@ class End(engine.EngineTest):
             if search == "depth 8":
                 self.assertIn("info depth 8 ", lines[-2])
 
-    def test_quit_during_a_search(self):
-        for search in ("infinite", "ponder", "depth 40", "wtime 900000 btime 900000"):
-            player = self.ready_engine()
-            player.send("position startpos", "go " + search)
-            player.read_to("info depth 5 .*")
-            self.assertEqual(player.quit(), 0)
-            self.assertEqual(segments_of(player), set())
-
     def test_an_interface_that_goes_away(self):
         for end in ("quit", "input"):
             reading, writing = os.pipe()
@@ -211,31 +203,30 @@ class End(engine.EngineTest):
             os.close(reading)
             self.assertEqual(player.end(end), player.wait())
 
-    def test_signals_that_end_the_process(self):
-        for number, told in ((signal.SIGINT, 0), (signal.SIGTERM, 6), (signal.SIGHUP, 2)):
-            for busy in (False, True):
+    def test_quit_and_signals(self):
+        for end, told in (("quit", None), (signal.SIGINT, 0), (signal.SIGTERM, 6), (signal.SIGHUP, 2)):
+            for search in ("", "infinite", "ponder", "depth 40", "wtime 900000 btime 900000")[:2 if told else 5]:
                 player = self.ready_engine()
                 player.send("position startpos moves e2e4 c7c5")
-                if busy:
-                    player.send("go infinite")
-                    player.read_to("info depth 6 .*")
+                if search:
+                    player.send("go " + search)
+                    player.read_to("info depth 5 .*")
                 player.ready()
-                player.signal(number)
-                lines = player.read_all()
-                told_lines = [line for line in lines if re.match("handler|board", line)]  # a search may end meanwhile
-                self.assertEqual(told_lines[0], f"handler called with signal {told}")
-                self.assertRegex(told_lines[1], "^board: [pnbrqkPNBRQK1-8/]+ [wb] ")
-                self.assertEqual((len(told_lines), player.wait()), (2, -number))
-                self.assertEqual(segments_of(player), set())
+                code = player.end(end)
+                lines = [line for line in player.read_all() if re.match("handler|board", line)]
+                self.assertRegex("\n".join(lines), "^$" if told is None else
+                                 rf"^handler called with signal {told}\nboard: [pnbrqkPNBRQK1-8/]+ [wb] .*$")
+                self.assertEqual((player.wait(), segments_of(player)), (code, set()))
 
     def test_the_break_key_changes_nothing(self):
         player = self.ready_engine()
-        player.send("position startpos", "go depth 9")
+        player.send("position startpos", "go infinite")
+        lines = player.read_to("info depth 5 .*")
         player.process.send_signal(signal.SIGQUIT)
-        self.check_search(Board(), player.answer())
-        player.process.send_signal(signal.SIGQUIT)
-        self.assertEqual(player.ready(), [])
-        self.assertEqual(player.quit(), 0)
+        lines += player.read_to("info depth 11 .*")
+        player.send("stop")
+        self.check_search(Board(), player.answer(lines))
+        self.assertEqual((player.ready(), player.quit()), ([], 0))
 
 
 class UnreadOutput(engine.EngineTest):
