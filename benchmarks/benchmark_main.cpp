@@ -11,6 +11,7 @@
 #include "distributed/process_lists.h"
 #include "distributed/split_search.h"
 #include "eval/eval_tables.h"
+#include "platform/fault.h"
 #include "platform/text_sink.h"
 #include "protocol/parameters.h"
 #include "protocol/protocol_mode.h"
@@ -70,14 +71,14 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     try {
         valku::startEngine();
-    } catch (const std::string& text) {
-        std::fprintf(stderr, "%s\n", text.c_str());
+    } catch (const valku::Fault& fault) {
+        std::fprintf(stderr, "%s\n", fault.what());
         return 1;
     }
     try {
         benchmark::RunSpecifiedBenchmarks();
-    } catch (const std::string& text) {
-        std::fprintf(stderr, "%s\n", text.c_str());
+    } catch (const valku::Fault& fault) {
+        std::fprintf(stderr, "%s\n", fault.what());
     }
     benchmark::Shutdown();
     valku::releaseHashTable();
