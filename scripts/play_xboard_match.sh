@@ -83,7 +83,7 @@ export DISPLAY=:$number
 # gnuchess speaks xboard's protocol too, but now and then says nothing to it from the start.
 gnuchess="polyglot -noini -ec 'gnuchess --uci' -ed '$work' -en GNUChess"
 
-# Once xboard has judged a game to be over it reads no more, so its debug file lacks what an engine says behind its
+# Once xboard has judged a game to be over it reads no more, so its debug file lacks what an engine says after its
 # last move: that the game is over. Each Valku's words are therefore kept on their way, in a file for each side.
 export engine
 printf '%s\n' '#!/usr/bin/env bash' 'exec "$engine" > >(tee -p "$1")' >valku
@@ -141,7 +141,7 @@ playGame() {
         complain "pgn-extract does not accept the record: $(cat "$name.check")"
         return 1
     fi
-    # The moves, and behind them in braces the last position.
+    # The moves, and after them in braces the last position.
     body=$(grep -v '^\[' "$name.moves" | tr '\n' ' ')
     moves=$(grep -o -i -E '\b[a-h][1-8][a-h][1-8][qrbn]?\b' <<<"${body%%\{*}" | wc -l)
     men=$(sed 's/.*{ "\([^ ]*\) .*/\1/' <<<"$body" | tr -cd '[:alpha:]' | wc -c)

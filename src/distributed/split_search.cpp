@@ -16,8 +16,8 @@ namespace valku {
 
 namespace {
 
-constexpr i32 raceDepth = 16;
-constexpr i32 lateRaceDepth = 11;  // after lateSeconds of the search
+constexpr i32 raceDepth = 4 * onePly;
+constexpr i32 lateRaceDepth = 3 * onePly - 1;  // after lateSeconds of the search
 constexpr double lateSeconds = 1.0;
 
 bool isWorthARace(i32 depth) {

@@ -39,7 +39,7 @@ int expandTables(const TablesArguments& arguments);
 // Entries, wins, draws, losses and the longest mate of files.
 int reportTables(const TablesArguments& arguments);
 
-// The lengths of all tables, worked out anew, as the lines of tablebases/table_lengths.h.
+// The lengths of all tables, worked out again, as the lines of tablebases/table_lengths.h.
 int reportLengths(const TablesArguments& arguments);
 
 // Value, distance to mate and best moves of positions.

@@ -22,10 +22,10 @@ inline i32 totalSelDepth = 0;
 inline u32 totalTbProbes = 0;
 inline u32 totalTbHits = 0;
 
-// The begin of the search, in the seconds of steadySeconds().
+// The start of the search, in the seconds of steadySeconds().
 inline double startTime = 0;
 
-// At the begin of a search: no line, no nodes, and the clock at zero.
+// At the start of a search: no line, no nodes, and the clock at zero.
 void beginMainLine();
 
 // Reports a main line and makes it the current one: the only place where bestMove, mainLine, lastScore and
