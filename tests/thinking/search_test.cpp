@@ -9,31 +9,40 @@
 #include "search/alpha_beta.h"
 #include "search/quiescence.h"
 #include "search/search_state.h"
+#include "search/search_test.h"
 #include "search/stop_word.h"
 #include "search/upward_calls.h"
 #include "thinking/main_line.h"
 #include "thinking/root_search.h"
+#include "thinking/search_observer.h"
 #include "thinking/thinking.h"
-#include "thinking/thinking_test.h"
 #include "thinking/time_management.h"
 
 namespace valku {
 namespace {
 
-// An observer that also counts the nodes at the end of each iteration, and can stop a search at a root move.
-class Watcher final : public RecordingObserver {
+// Writes down what a search tells, and can stop it at a root move.
+class Watcher final : public SearchObserver {
   public:
-    void rootMoveBegun(i32 depth, Move move, i32 number, const StateRecord& before) override {
-        RecordingObserver::rootMoveBegun(depth, move, number, before);
-        if (rootMovesBegun == stopAtRootMove) setStop(stopFromOutside);
+    struct Report {
+        i32 depth;
+        Line line;
+        bool failHigh;
+    };
+
+    void rootMoveBegun(i32, Move, i32, const StateRecord&) override {
+        if (++rootMovesBegun == stopAtRootMove) setStop(stopFromOutside);
     }
-    void mainLineFound(i32 depth, i32 score, const Line& line, bool failHigh) override {
-        RecordingObserver::mainLineFound(depth, score, line, failHigh);
+    void mainLineFound(i32 depth, i32, const Line& line, bool failHigh) override {
+        mainLines.push_back({depth, line, failHigh});
         nodes[depth] = totalNodes;
     }
+    void moveChosen(Move move) override { chosen = move; }
 
-    std::map<i32, u64> nodes;
-    int stopAtRootMove = 0;
+    std::vector<Report> mainLines;
+    std::map<i32, u64> nodes;  // at the end of each iteration
+    int rootMovesBegun = 0, stopAtRootMove = 0;
+    Move chosen = nullMove;
 };
 
 class Search : public ::testing::Test {
@@ -97,80 +106,62 @@ class Search : public ::testing::Test {
 };
 
 struct SearchCase {
-    const char* fen;
-    const char* moves;
-    bool isChess960;
-    u64 buckets;
+    u64 buckets;  // none: the tables stay as the search before has left them
     i32 depth, score;
-    const char* nodes;  // at the end of each iteration, from depth 2 on
-    const char* line;
-    i32 selDepth;
     u32 hashUsed;
+    i32 selDepth;
+    const char *fen, *moves;
+    const char* nodes;  // at the end of each iteration, from depth 2 on
+    const char* line;   // none: nothing is known of it nor of the selective depth
+    bool isChess960 = false;
 };
 
 // Figures of an independent model of evaluation and search. The deep ones draw random numbers, so the rows go
-// in this order, once in a process, and no test before this one may draw.
+// in this order, once in a process, and no test before this one may draw. The last four are one game, whose
+// searches find the tables of the ones before, and aged entries of a small table.
 TEST_F(Search, NodeCountsOfAnIndependentModel) {
     const SearchCase cases[] = {
-        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", "", false, 2097152, 9, 27,
-         "116 541 939 2173 7061 15936 28119 40153 ", "g1f3 b8c6 d2d4 d7d5 b1c3 g8f6 c1f4 c8f5 e2e3 ", 18,
-         8511},
-        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-         "e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6 e1g1", false, 65536, 8, 32,
-         "168 310 584 2368 5544 11664 34969 ", "f8c5 d2d3 d7d6 c1g5 c8e6 b1c3 d8e7 ", 18, 9826},
-        {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", "", false, 65536, 6, 11,
-         "312 1047 2121 5590 20416 ", "d5e6 a6e2 c3e2 e7e6 d2f4 h3g2 f3g2 ", 16, 4545},
-        {"r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 b - - 0 9", "", false, 65536, 8, -17,
-         "465 686 1870 3586 7689 29967 50745 ", "d8c7 c3b5 c7b8 c4c5 c8d7 c1d2 f8c8 b5c3 ", 14, 13494},
-        {"2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1", "", false, 65536, 6, 29997,
-         "1058 2185 4172 4885 8517 ", "g3g6 f7g6 e5g6 ", 10, 2038},
-        {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", "", false, 65536, 10, 72,
+        {2097152, 9, 27, 8511, 18, startPositionFen, "", "116 541 939 2173 7061 15936 28119 40153 ",
+         "g1f3 b8c6 d2d4 d7d5 b1c3 g8f6 c1f4 c8f5 e2e3 "},
+        {65536, 8, 32, 9826, 18, startPositionFen, "e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6 e1g1",
+         "168 310 584 2368 5544 11664 34969 ", "f8c5 d2d3 d7d6 c1g5 c8e6 b1c3 d8e7 "},
+        {65536, 6, 11, 4545, 16, richPosition, "", "312 1047 2121 5590 20416 ",
+         "d5e6 a6e2 c3e2 e7e6 d2f4 h3g2 f3g2 "},
+        {65536, 8, -17, 13494, 14, "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 b - - 0 9", "",
+         "465 686 1870 3586 7689 29967 50745 ", "d8c7 c3b5 c7b8 c4c5 c8d7 c1d2 f8c8 b5c3 "},
+        {65536, 6, 29997, 2038, 10, "2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1", "",
+         "1058 2185 4172 4885 8517 ", "g3g6 f7g6 e5g6 "},
+        {65536, 10, 72, 11698, 19, "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", "",
          "159 396 937 1320 2296 16255 28926 51131 71580 ",
-         "b4f4 h4g3 f4c4 h5h7 a5a6 g3g2 a6b7 c7c5 b7c6 h7h6 b5b6 d6d5 c6d5 h6b6 d5c5 ", 19, 11698},
-        {"8/5pk1/4p1p1/1p1pP2p/1P1P3P/r4PP1/4RK2/8 w - - 93 80", "", false, 65536, 10, -21,
-         "139 281 740 2333 2960 4602 7075 11377 31125 ", "e2e3 a3a1 e3e1 a1a4 e1b1 f7f6 b1b3 f6e5 d4e5 d5d4 ",
-         17, 7047},
-        {"r5k1/p1P2p1p/1P4p1/8/8/b7/B5PP/5RK1 w - - 0 30", "", false, 65536, 9, 1701,
+         "b4f4 h4g3 f4c4 h5h7 a5a6 g3g2 a6b7 c7c5 b7c6 h7h6 b5b6 d6d5 c6d5 h6b6 d5c5 "},
+        {65536, 10, -21, 7047, 17, "8/5pk1/4p1p1/1p1pP2p/1P1P3P/r4PP1/4RK2/8 w - - 93 80", "",
+         "139 281 740 2333 2960 4602 7075 11377 31125 ",
+         "e2e3 a3a1 e3e1 a1a4 e1b1 f7f6 b1b3 f6e5 d4e5 d5d4 "},
+        {65536, 9, 1701, 5465, 16, "r5k1/p1P2p1p/1P4p1/8/8/b7/B5PP/5RK1 w - - 0 30", "",
          "269 610 1045 2100 3057 5117 15897 28815 ",
-         "b6b7 a8f8 b7b8Q a3c5 g1h1 g8g7 c7c8Q f8c8 f1f7 g7h6 b8c8 c5e3 a2b3 ", 16, 5465},
-        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", "g1f3 g8f6 f3g1 f6g8 b1c3 b8c6 c3b1",
-         false, 65536, 7, 74, "113 434 989 2664 6742 11988 ", "e7e5 b1c3 d7d5 e2e4 d5e4 c3e4 c8f5 ", 13,
-         2637},
-        {"bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9", "", true, 65536, 7, -51,
-         "238 344 519 1469 4810 21765 ", "b2b3 d8b6 a1f6 c5c4 d3d4 c4b3 c2b3 g7f6 ", 16, 8403},
+         "b6b7 a8f8 b7b8Q a3c5 g1h1 g8g7 c7c8Q f8c8 f1f7 g7h6 b8c8 c5e3 a2b3 "},
+        {65536, 7, 74, 2637, 13, startPositionFen, "g1f3 g8f6 f3g1 f6g8 b1c3 b8c6 c3b1",
+         "113 434 989 2664 6742 11988 ", "e7e5 b1c3 d7d5 e2e4 d5e4 c3e4 c8f5 "},
+        {65536, 7, -51, 8403, 16, "bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9", "",
+         "238 344 519 1469 4810 21765 ", "b2b3 d8b6 a1f6 c5c4 d3d4 c4b3 c2b3 g7f6 ", true},
+        {4096, 7, 26, 3173, 0, startPositionFen, "", "116 541 939 2173 6973 15780 ", ""},
+        {0, 7, 27, 2068, 0, startPositionFen, "e2e4 e7e5", "162 438 1290 2846 5481 8979 ", ""},
+        {0, 7, 28, 2277, 0, startPositionFen, "e2e4 e7e5 g1f3 b8c6", "159 248 389 1561 4661 9960 ", ""},
+        {0, 7, -3, 3180, 0, startPositionFen, "e2e4 e7e5 g1f3 b8c6 f1b5 g8f6", "315 554 952 3334 6544 12173 ",
+         ""},
     };
     for (const SearchCase& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + ' ' + c.moves);
         const Chess960Scope mode(c.isChess960);
-        freshEngine(c.buckets);
+        if (c.buckets) freshEngine(c.buckets);
         setGame(c.fen, c.moves);
         search(c.depth);
-        EXPECT_EQ(nodesOfIterations(), c.nodes) << c.fen << ' ' << c.moves;
-        EXPECT_EQ(lastScore, c.score) << c.fen << ' ' << c.moves;
-        EXPECT_EQ(text(mainLine), c.line) << c.fen << ' ' << c.moves;
-        EXPECT_EQ(totalSelDepth, c.selDepth) << c.fen << ' ' << c.moves;
-        EXPECT_EQ(hashUsed, c.hashUsed) << c.fen << ' ' << c.moves;
-    }
-}
-
-// The same for a game whose searches find the tables of the ones before, and aged entries of a small table.
-TEST_F(Search, TablesLiveFromSearchToSearch) {
-    const struct {
-        const char *moves, *nodes;
-        i32 score;
-        u32 hashUsed;
-    } cases[] = {
-        {"", "116 541 939 2173 6973 15780 ", 26, 3173},
-        {"e2e4 e7e5", "162 438 1290 2846 5481 8979 ", 27, 2068},
-        {"e2e4 e7e5 g1f3 b8c6", "159 248 389 1561 4661 9960 ", 28, 2277},
-        {"e2e4 e7e5 g1f3 b8c6 f1b5 g8f6", "315 554 952 3334 6544 12173 ", -3, 3180},
-    };
-    freshEngine(4096);
-    for (const auto& c : cases) {
-        setGame(startPositionFen, c.moves);
-        search(7);
-        EXPECT_EQ(nodesOfIterations(), c.nodes) << c.moves;
-        EXPECT_EQ(lastScore, c.score) << c.moves;
-        EXPECT_EQ(hashUsed, c.hashUsed) << c.moves;
+        EXPECT_EQ(nodesOfIterations(), c.nodes);
+        EXPECT_EQ(lastScore, c.score);
+        EXPECT_EQ(hashUsed, c.hashUsed);
+        if (!*c.line) continue;
+        EXPECT_EQ(text(mainLine), c.line);
+        EXPECT_EQ(totalSelDepth, c.selDepth);
     }
 }
 

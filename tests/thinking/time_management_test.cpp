@@ -1,23 +1,14 @@
 #include "thinking/time_management.h"
 
 #include "chess/game.h"
-#include "thinking/thinking_test.h"
+#include "search/search_test.h"
 
 namespace valku {
 namespace {
 
-class TimeManagement : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        setPosition(startPositionFen);
-        searchObserver = &observer;
-    }
-    void TearDown() override { searchObserver = nullptr; }
-
-    RecordingObserver observer;
-};
-
-TEST_F(TimeManagement, LevelClocks) {
+// There is no observer: only the UCI clock is told to one.
+TEST(TimeManagement, LevelClocks) {
+    setPosition(startPositionFen);
     const struct {
         i32 centiseconds, moves, minutes, increment;
         double schedule, limit;
@@ -43,7 +34,6 @@ TEST_F(TimeManagement, LevelClocks) {
         EXPECT_NEAR(schedule, c.schedule, 1e-9) << c.centiseconds << ' ' << c.moves;
         EXPECT_NEAR(hardLimit(request, schedule), c.limit, 1e-9) << c.centiseconds << ' ' << c.moves;
     }
-    EXPECT_EQ(observer.clockMoves, -1);
 
     // The share grows by a hundredth with every full move, also in games that have outgrown the stack.
     SearchRequest request;
