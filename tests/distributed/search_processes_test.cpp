@@ -27,16 +27,15 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
         setPosition(richPosition);
     };
     const SearchJob job{1, -50, 50, 24, false};
-    SearchResult here, there;
-    const auto compare = [&] {
-        EXPECT_EQ(there.nodes, here.nodes);
-        EXPECT_EQ(there.value, here.value);
-    };
     fresh();
     process->setJob(searchPosition, job, nullptr);
     process->runRootSearch();
-    here = process->getResult();
+    const SearchResult here = process->getResult();
     EXPECT_GT(here.nodes, 1000u);
+    const auto compare = [&](const SearchResult& there) {
+        EXPECT_EQ(there.nodes, here.nodes);
+        EXPECT_EQ(there.value, here.value);
+    };
 
     fresh();
     Event any;
@@ -44,9 +43,8 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     process->startSearch(gamePosition, job, &any);
     process->doneEvent.wait();
     any.wait();
-    there = process->getResult();
-    compare();
-    EXPECT_EQ(there.pv.moves[0], here.pv.moves[0]);
+    compare(process->getResult());
+    EXPECT_EQ(process->getResult().pv.moves[0], here.pv.moves[0]);
     EXPECT_TRUE(process->finished);
 
     // The helper works on searchPosition as it stands and counts its own nodes only.
@@ -55,8 +53,7 @@ TEST(SearchProcessesThreads, RunAJobOnTheirOwnThread) {
     nodeCount = 1000000;
     helper->startSearch(searchPosition, job, nullptr);
     helper->doneEvent.wait();
-    there = helper->getResult();
-    compare();
+    compare(helper->getResult());
 
     // A job that is told to stop ends soon, whatever its depth.
     fresh();
