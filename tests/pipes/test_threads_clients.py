@@ -3,28 +3,26 @@
 import os
 import random
 import signal
-import socket
 import time
 
 import engine
+from fixtures.fake_peer import free_ports
 from rules import Board
 from test_clients import RECOVERED, SILENT, SMALL, ClientTest
-from test_threads_stress import POSITIONS
+from test_threads_stress import Moments
 
 SEARCHES = ("infinite", "infinite", "depth 12", "movetime 20", "ponder wtime 60 btime 60", "wtime 300 btime 300")
 TINY = "nHashTables=4096\nnPawnTables=256\n"
 ENOUGH = 50  # seconds; a thousand searches take less, but for those under a sanitizer
 
 
-class ClientsThreads(ClientTest):
+class ClientsThreads(ClientTest, Moments):
     def search(self, player, chance):
         """A search that is stopped at some moment has one answer, a legal one."""
-        fen = chance.choice(POSITIONS)
-        player.send(f"position fen {fen}", "go " + chance.choice(SEARCHES))
+        board = self.start_search(player, chance, SEARCHES)
         time.sleep(chance.choice((0, chance.random() * 0.005, chance.random() * 0.03)))
         player.send("stop")
-        best = player.read_to("bestmove .*")[-1].split()[1]
-        self.assertTrue(Board(fen).find(best), f"{best} on {fen}")
+        self.check_move(player, board, "stopped")
         self.assertFalse([line for line in player.ready() if line.startswith("bestmove")])
 
     def check_end(self, player):
@@ -34,20 +32,16 @@ class ClientsThreads(ClientTest):
         self.assertEqual((found, player.quit()), ({}, 0))
 
     def test_a_thousand_short_searches(self):
-        chance = random.Random(1)
-        player = self.parent(2, TINY)
+        chance, player = random.Random(1), self.parent(2, TINY)
         end = time.monotonic() + ENOUGH
         for number in range(1000):
-            self.search(player, chance)
-            if time.monotonic() > end:
-                self.assertGreater(number, 50)
-                break
+            if number < 50 or time.monotonic() < end:
+                self.search(player, chance)
         self.check_work(player, *self.clients(player, 2))
         self.check_end(player)
 
     def test_clients_come_and_go_between_searches(self):
-        chance = random.Random(2)
-        player = self.parent(1, TINY)
+        chance, player = random.Random(2), self.parent(1, TINY)
         for _ in range(30):
             number = chance.randint(1, 4)
             player.send(f"setoption name CPUs value {number}")
@@ -61,9 +55,7 @@ class ClientsThreads(ClientTest):
 
     def test_a_whole_game(self):
         """Clients are killed and stopped as chance has it; no move and no time is lost."""
-        with socket.socket() as finder:
-            finder.bind(("127.0.0.1", 0))
-            port = finder.getsockname()[1]
+        port, = free_ports(self, 1)
 
         def new_peer():
             peer = self.engine("remoteserver", str(port), words=(), settings=SMALL)
@@ -77,7 +69,7 @@ class ClientsThreads(ClientTest):
             player.send("position startpos moves " + " ".join(moves))
             player.ready()
             victim = chance.choice((peer.process.pid, *self.clients(player, 1)))
-            kinds = (signal.SIGKILL, signal.SIGSTOP) if min(clocks.values()) > 8 else (signal.SIGKILL,)
+            kinds = (signal.SIGKILL, signal.SIGSTOP)[:2 if min(clocks.values()) > 8 else 1]
             number = chance.choice(kinds) if chance.random() < 0.12 else None
             begun = time.monotonic()
             player.send("go winc 30 binc 30 " + " ".join(

@@ -3,7 +3,6 @@
 import random
 import signal
 import time
-import unittest
 
 import engine
 from rules import Board
@@ -28,56 +27,53 @@ GAME_COMMANDS = """
 """.strip().replace("\n    ", "|").split("|")
 
 
-class StressThreads(engine.EngineTest):
-    def stress(self, seed, searches, settings):
-        """Each `go` gets exactly one answer, whatever comes in at whatever moment."""
-        chance = random.Random(seed)
-        player = self.ready_engine(settings=settings)
-        for _ in range(searches):
-            fen = chance.choice(POSITIONS)
-            player.send(f"position fen {fen}", "go " + chance.choice(SEARCHES))
-            for _ in range(chance.randint(0, 3)):
-                time.sleep(chance.choice((0, 0, chance.random() * 0.01)))
-                player.send(chance.choice(("isready", "ponderhit", "eval", "isready", "setoption name Dummy2 value 1",
-                                           "setoption name ClearHash", "mirror", "fen 8/8/8/8/8/k7/8/K7 w - -")))
-            time.sleep(chance.choice((0, 0, chance.random() * 0.02)))
-            # A new position ends the old search with its answer; it must not spoil that answer.
-            player.send(chance.choice(("stop", "stop", "position startpos", "setoption name Hash value 1",
-                                       "ucinewgame\nstop")))
-            lines = player.read_to("bestmove .*")
-            board = Board(fen)
-            self.assertTrue(board.find(lines[-1].split()[1]), f"{lines[-1]} on {fen}")
-            if chance.random() < 0.5:
-                player.send("setoption name Dummy3 value 1")
-            self.assertFalse([line for line in player.ready() if line.startswith("bestmove")])
-        self.assertEqual(player.quit(), 0)
+class Moments(engine.EngineTest):
+    def check_move(self, player, board, moment):
+        """The answer that comes next is a legal one."""
+        line = player.read_to("(?:best)?move .*")[-1]
+        self.assertTrue(board.find(line.split()[1]), f"{line} on {board.fen()}, {moment}")
 
+    def start_search(self, player, chance, searches):
+        board = Board(chance.choice(POSITIONS))
+        player.send(f"position fen {board.fen()}", "go " + chance.choice(searches))
+        return board
+
+
+class StressThreads(Moments):
     def test_commands_at_random_moments(self):
-        for seed in range(4):
-            self.stress(seed, 40, "nHashTables=16384\nnPawnTables=1024\n")
-
-    def test_commands_at_random_moments_of_shallow_searches(self):
-        for seed in range(4):
-            self.stress(10 + seed, 60, "nHashTables=16\nnPawnTables=16\nquickPlay=4\n")
+        """Each `go` gets exactly one answer, whatever comes in at whatever moment of a deep or shallow search."""
+        for seed in range(8):
+            chance = random.Random(seed)
+            player = self.ready_engine(settings=("nHashTables=16384\nnPawnTables=1024\n",
+                                                 "nHashTables=16\nnPawnTables=16\nquickPlay=4\n")[seed % 2])
+            for number in range(50):
+                board = self.start_search(player, chance, SEARCHES)
+                for _ in range(chance.randint(0, 3)):
+                    time.sleep(chance.choice((0, 0, chance.random() * 0.01)))
+                    player.send(chance.choice(("isready", "ponderhit", "eval", "isready", "setoption name Dummy2 value 1",
+                                               "setoption name ClearHash", "mirror", "fen 8/8/8/8/8/k7/8/K7 w - -")))
+                time.sleep(chance.choice((0, 0, chance.random() * 0.02)))
+                # A new position ends the old search with its answer; it must not spoil that answer.
+                player.send(chance.choice(("stop", "stop", "position startpos", "setoption name Hash value 1",
+                                           "ucinewgame\nstop")))
+                self.check_move(player, board, (seed, number))
+                if chance.random() < 0.5:
+                    player.send("setoption name Dummy3 value 1")
+                self.assertFalse([line for line in player.ready() if line.startswith("bestmove")])
+            self.assertEqual(player.quit(), 0)
 
     def test_the_next_command_in_the_instant_of_the_answer(self):
         player = self.ready_engine(settings="nHashTables=64\n")
-        boards = [Board(fen) for fen in POSITIONS[:4]]
         for number in range(400):
-            board = boards[number % 4]
+            board = Board(POSITIONS[number % 4])
             player.send(f"position fen {board.fen()}", "go depth 5" if number % 3 else "go movetime 1")
-            best = player.read_to("bestmove .*")[-1].split()[1]
-            self.assertTrue(board.find(best), f"search {number}: {best} on {board.fen()}")
-        self.assertEqual(player.quit(), 0)
-
-    def test_a_whole_session_in_one_write(self):
-        player = self.ready_engine(settings="nHashTables=64\n")
+            self.check_move(player, board, number)
+        # Then a whole session in one write.
         searches = ("depth 5", "infinite", "ponder", "movetime 5")
-        session = [f"position fen {POSITIONS[number % 4]}\ngo {searches[number % 4]}" for number in range(100)]
-        player.send(*session, "isready", "stop")
+        player.send(*(f"position fen {POSITIONS[number % 4]}\ngo {searches[number % 4]}" for number in range(100)),
+                    "isready", "stop")
         for number in range(100):
-            best = player.read_to("bestmove .*")[-1].split()[1]
-            self.assertTrue(Board(POSITIONS[number % 4]).find(best), f"search {number}: {best}")
+            self.check_move(player, Board(POSITIONS[number % 4]), f"session {number}")
         self.assertEqual(player.quit(), 0)
 
     def test_game_commands_at_random_moments(self):
@@ -96,8 +92,7 @@ class StressThreads(engine.EngineTest):
                         "benchmark 0" if mode == "xboard" else "fen x")
             player.read_to("Benchmark .*|Error: this is no legal position.*")
             player.send("go")
-            best = player.read_to("move .*")[-1].split()[1]
-            self.assertTrue(Board(POSITIONS[2]).find(best), f"{best} after seed {seed}")
+            self.check_move(player, Board(POSITIONS[2]), seed)
             self.assertEqual(player.quit(), 0)
 
     def test_moves_in_the_instant_of_the_answer(self):
@@ -127,20 +122,13 @@ class StressThreads(engine.EngineTest):
 
     def test_the_end_at_random_moments(self):
         chance = random.Random(5)
-        for number in range(40):
+        for end in ("quit", "input", signal.SIGTERM, signal.SIGINT) * 10:
             player = self.ready_engine(settings="nHashTables=1024\n")
-            player.send(f"position fen {chance.choice(POSITIONS)}", "go " + chance.choice(SEARCHES))
+            self.start_search(player, chance, SEARCHES)
             time.sleep(chance.random() * 0.02)
-            end = ("quit", "end", signal.SIGTERM, signal.SIGINT)[number % 4]
-            if end == "quit":
-                self.assertEqual(player.quit(), 0)
-            elif end == "end":
-                player.end_input()
-                self.assertEqual(sum(line.startswith("bestmove") for line in player.read_all()), 1)
-                self.assertEqual(player.wait(), 0)
-            else:
-                player.signal(end)
-                self.assertEqual(player.wait(), -end)
+            code = player.end(end)
+            answers = sum(line.startswith("bestmove") for line in player.read_all())
+            self.assertEqual((player.wait(), answers), (code, 1 if end == "input" else answers))
 
 
 if __name__ == "__main__":
