@@ -296,8 +296,8 @@ class EngineTest(unittest.TestCase):
         return after
 
 
-def wait_until(condition, what):
-    end = time.monotonic() + PATIENCE
+def wait_until(condition, what, patience=PATIENCE):
+    end = time.monotonic() + patience
     while not condition():
         if time.monotonic() > end:
             raise Hang(f"waited too long for {what}")

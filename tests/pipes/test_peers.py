@@ -16,7 +16,7 @@ import engine
 from engine import PATIENCE, wait_until
 from fixtures.fake_peer import FakePeer, free_ports, hold_ports, is_listening
 from rules import START, Board
-from test_clients import SMALL, ClientTest, about, jobs, status, ticks
+from test_clients import SMALL, ClientTest, about, jobs, ticks
 from test_shell import segments_of
 from test_uci import MIDDLE_GAME
 
@@ -58,11 +58,7 @@ class PeerTest(ClientTest):
     def check_gone(self, *servers):
         for server in servers:
             server.wait()
-            try:
-                self.wait_for_end(server.children)
-            finally:
-                for pid in filter(status, server.children):
-                    os.kill(pid, signal.SIGKILL)
+            self.wait_for_end(server.children)
             self.assertEqual(segments_of(server), set())
 
     def errors(self, player, name="connerr"):
@@ -92,7 +88,7 @@ class RealPeers(PeerTest):
         self.check_ports(player, NOT_REACHED, range(first, first + 3))
 
     def test_a_search_and_its_every_end(self):
-        for end in (lambda player: player.send("quit"), lambda player: player.signal(signal.SIGKILL)):
+        for end in "quit", signal.SIGKILL:
             ports = free_ports(self, 4)
             peers = (self.server(ports[0], 1), self.server(ports[1], 2, "remotecaller"))
             for peer, words in zip(peers, (["localclient 1"], [f"remoteclient {port}" for port in ports[2:]])):
@@ -109,7 +105,7 @@ class RealPeers(PeerTest):
             for peer, port in zip(peers, ports):
                 peer.read_to(f"Socket created on port {port}!")
                 peer.read_to(ANSWER)
-            end(player)
+            player.end(end)
             self.check_gone(*peers)
             self.assertEqual([line for line in peers[0].read_all() if not re.fullmatch(ANSWER, line)], [])
 
