@@ -110,12 +110,11 @@ class StressThreads(Moments):
                         move = chance.choice(board.moves())
                     player.send("time 20", board.line_text(move))
                     board = board.play(move)
-                    if board.end([]):
-                        break
-                    lines = player.read_to("move .*")
-                    best = board.find(lines[-1].split()[1], Board.line_text)
-                    self.assertTrue(best, f"{lines[-1]} on {board.fen()}")
-                    board, expected = board.play(best), (lines[-2].split("mainLine: ")[1].split() + [None] * 2)[1]
+                    if not board.end([]):
+                        lines = player.read_to("move .*")
+                        best = board.find(lines[-1].split()[1], Board.line_text)
+                        self.assertTrue(best, f"{lines[-1]} on {board.fen()}")
+                        board, expected = board.play(best), (lines[-2].split("mainLine: ")[1].split() + [None] * 2)[1]
                     if board.end([]):
                         break
             self.assertEqual(player.quit(), 0)
