@@ -183,12 +183,6 @@ class Lives(ClientTest):
             self.assertTrue(os.path.samefile(program, engine.Engine.program))
             self.assertRegex(" ".join(words), f"^localclient {number} {table[0]} {table[1]}$")
 
-    def test_clients_of_the_settings(self):
-        player = self.engine(words=("console",), settings=SMALL + "numberOfLocalClients=2\n")
-        player.read_to("The following search processes will be used:")
-        self.assertEqual([player.next_line() for _ in range(3)], ["rootSearchProcess", "localClient", "localClient"])
-        self.clients(player, 2)
-
     def test_the_number_of_processes_is_an_option(self):
         player = self.parent(0)
         for number, told in ((1, False), (3, True), (3, False), (2, True), (4, True), (1, True), (1, False), (2, True)):

@@ -76,11 +76,13 @@ class RealPeers(PeerTest):
         held.pop().close()
         server = self.server(first, 0)
         self.assertEqual(server.told, TRIED * 4 + [f"Socket an port {first + 3} gebunden", LISTENING])
-        player = self.engine(words=("console",), settings=f"{SMALL}remoteClient=127.0.0.1:{first}\n")
+        settings = f"{SMALL}numberOfLocalClients=2\nremoteClient=127.0.0.1:{first}\n"
+        player = self.engine(words=("console",), settings=settings)
         lines = player.read_to("remoteClient on .*")
         self.assertEqual([line for line in lines if line in (*TRIED, CONNECTED)], [TRIED[0], *TRIED * 4, CONNECTED])
-        self.assertEqual(lines[-3:], ["The following search processes will be used:", "rootSearchProcess",
-                                      f"remoteClient on 127.0.0.1:{first + 3}"])
+        self.assertEqual(lines[-5:], ["The following search processes will be used:", "rootSearchProcess",
+                                      "localClient", "localClient", f"remoteClient on 127.0.0.1:{first + 3}"])
+        self.clients(player, 2)
         self.assertEqual((player.quit(), server.wait()), (0, 0))
         self.check_ports(server, NOT_BOUND, range(first, first + 3))
         self.check_ports(player, NOT_REACHED, range(first, first + 3))
