@@ -6,8 +6,8 @@
 
 #include "chess/position.h"
 
-// The games of a file in Portable Game Notation (S. J. Edwards, "PGN: Specification and Implementation
-// Guide", 1994), one after the other.
+// The games of a file in Portable Game Notation (https://www.chessprogramming.org/Portable_Game_Notation),
+// one after the other.
 
 namespace valku {
 
